@@ -1,0 +1,90 @@
+#include "MainWindow.h"
+
+#include "LogMessage.h"
+#include "MessageHandler.h"
+
+#include <QApplication>
+#include <QColor>
+#include <QDockWidget>
+#include <QLabel>
+#include <QMenuBar>
+#include <QTextEdit>
+
+namespace {
+const char* const titlePrefix = "Ondrels - ";
+
+bool severityColour(int severity, QColor& colour)
+{
+    switch (severity) {
+    case Info: colour = QColor(255, 255, 255); return true;
+    case Warning: colour = QColor(255, 128, 0); return true;
+    case Error: colour = QColor(255, 0, 0); return true;
+    case Success: colour = QColor(121, 155, 227); return true;
+    default: return false;
+    }
+}
+}
+
+MainWindow* MainWindow::instance()
+{
+    static MainWindow* window = nullptr;
+    if (!window)
+        window = new MainWindow;
+    return window;
+}
+
+MainWindow::MainWindow()
+{
+    setWindowTitle(QString(titlePrefix) + "Untitled Project");
+    resize(1280, 800);
+
+    auto* placeholder = new QLabel(tr("No surface selected"), this);
+    placeholder->setAlignment(Qt::AlignCenter);
+    setCentralWidget(placeholder);
+
+    createMessageLog();
+    createMenus();
+
+    logMessage(Info, QStringLiteral("Welcome to Ondrels!"));
+    logMessage(Info, QStringLiteral("HAVE FUN!"));
+}
+
+void MainWindow::createMenus()
+{
+    QMenu* fileMenu = menuBar()->addMenu(tr("&File"));
+    QAction* quit = fileMenu->addAction(tr("&Quit"));
+    quit->setShortcut(QKeySequence::Quit);
+    connect(quit, &QAction::triggered, qApp, &QApplication::closeAllWindows);
+}
+
+void MainWindow::createMessageLog()
+{
+    log = new QTextEdit;
+    connect(MessageHandler::instance(), &MessageHandler::onMessage, this, &MainWindow::onPrintMessage);
+
+    logDock = new QDockWidget(tr("System Messages"), this);
+    logDock->setObjectName("SystemMessages");
+    logDock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
+    log->setMaximumHeight(300);
+    logDock->setWidget(log);
+    log->setReadOnly(true);
+    // The severity colours (white for plain lines) need a dark page.
+    QPalette palette = log->palette();
+    palette.setColor(QPalette::Base, QColor(32, 34, 40));
+    palette.setColor(QPalette::Text, QColor(255, 255, 255));
+    log->setPalette(palette);
+    log->setTextColor(QColor(255, 255, 255));
+    addDockWidget(Qt::LeftDockWidgetArea, logDock);
+}
+
+void MainWindow::onPrintMessage(QString text, int severity)
+{
+    const int weight = log->fontWeight();
+    const QColor previous = log->textColor();
+    QColor colour = previous;
+    severityColour(severity, colour);
+    log->setTextColor(colour);
+    log->append(text);
+    log->setFontWeight(weight);
+    log->setTextColor(previous);
+}

@@ -1,0 +1,31 @@
+#include "MainWindow.h"
+#include "MyApplication.h"
+
+#include <QPixmap>
+#include <QSplashScreen>
+#include <QSurfaceFormat>
+
+int main(int argc, char** argv)
+{
+    // Every OpenGL view shares textures and buffers with the others.
+    QCoreApplication::setAttribute(Qt::AA_UseDesktopOpenGL, true);
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, true);
+
+    MyApplication app(argc, argv);
+
+    QPixmap splashImage(":/Images/images/Ondrels01_trial.png");
+    QSplashScreen splash(splashImage);
+    splash.setWindowFlag(Qt::WindowStaysOnTopHint);
+    splash.show();
+
+    QApplication::setStyle("Fusion");
+
+    QSurfaceFormat format;
+    format.setSwapInterval(0);
+    format.setVersion(2, 1);
+    QSurfaceFormat::setDefaultFormat(format);
+
+    MainWindow* window = MainWindow::instance();
+    window->show();
+    return app.exec();
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "Pixel.h"
+#include "PixelFormat.h"
+
+#include <QImage>
+
+#include <cstdint>
+
+// One layer of 32-bit float pixels, interleaved and row-major, row 0 at the
+// bottom. The first float of pixel (x, y) is at channels * (x + width * y).
+class Image
+{
+public:
+    Image() = default;
+    // Takes ownership of `data` (allocated with new[]); a null pointer gets a
+    // zero-filled buffer of the right size.
+    Image(uint32_t width, uint32_t height, PixelFormat format, float* data = nullptr);
+    Image(const Image& other);            // deep copy
+    Image& operator=(const Image& other); // deep copy
+    Image(Image&& other) noexcept;
+    Image& operator=(Image&& other) noexcept;
+    ~Image();
+
+    // Replaces the buffer by a zero-filled one of the given size and format.
+    void allocate(uint32_t width, uint32_t height, PixelFormat format);
+    void clear();
+    // Copies all pixels when `destination` has the same format and size;
+    // otherwise does nothing.
+    void copyTo(Image& destination) const;
+
+    uint32_t channels() const { return channelCount(format); }
+    uint64_t pixelCount() const { return uint64_t(width) * height; }
+    uint64_t floatCount() const { return pixelCount() * channels(); }
+    bool isEmpty() const { return data == nullptr || width == 0 || height == 0; }
+
+    // Folds x into 0..width-1 by the wrap mode.
+    inline int32_t wrapX(int32_t x) const { return wrap(x, width); }
+    inline int32_t wrapY(int32_t y) const { return wrap(y, height); }
+
+    // A view (no allocation) of the pixel at (x, y) after the wrap rule. The
+    // view's pointer is null for an empty image.
+    inline Pixel pixelAt(int32_t x, int32_t y) const
+    {
+        if (isEmpty())
+            return Pixel::view(format, nullptr);
+        const uint32_t c = channels();
+        return Pixel::view(format, data + c * (uint64_t(wrapX(x)) + uint64_t(width) * uint32_t(wrapY(y))));
+    }
+
+    // Samples at float coordinates into `out`, which must have this format.
+    void sample(float x, float y, SampleMode mode, Pixel& out) const;
+    // Rescales by bilinear sampling; an image without data becomes a zero RGB
+    // image of the new size.
+    void resample(uint32_t newWidth, uint32_t newHeight);
+    // Keeps the first three channels of every pixel; the format tag is left
+    // to the caller.
+    void dropAlpha();
+
+    // Normal-map conversions: colour to Normal and back, recording in the
+    // flags how the vectors were mapped so that the conversion is reversible.
+    void toNormalMap(bool flipX, bool flipY, bool mappedXY, bool mappedZ);
+    void fromNormalMap();
+    // Removes the average X/Y tilt of a Normal image and renormalises.
+    void fixNormalMapSlope();
+
+    // 8-bit RGB picture for display, top row first.
+    QImage toDisplayImage() const;
+
+    float* data = nullptr;
+    uint32_t width = 0;
+    uint32_t height = 0;
+    PixelFormat format = None;
+    WrapMode wrapMode = Repeat;
+    uint32_t fileType = 0;
+    uint32_t sampleType = 0;
+    bool flipNormalX = false;
+    bool flipNormalY = false;
+    bool mappedNormalXY = false;
+    bool mappedNormalZ = false;
+
+private:
+    inline int32_t wrap(int32_t v, uint32_t size) const
+    {
+        const int32_t n = int32_t(size);
+        if (v >= 0 && v < n)
+            return v;
+        if (wrapMode == Repeat) {
+            if (v < 0) {
+                v += n;
+                // Callers stay within one period; fold further only so that a
+                // wild coordinate can never read outside the buffer.
+                if (v < 0)
+                    v = n - 1 - int32_t(uint32_t(-(v + 1)) % size);
+                return v;
+            }
+            return int32_t(uint32_t(v) % size);
+        }
+        // Clamp, and any unknown mode so that no read leaves the buffer.
+        return v < 0 ? 0 : n - 1;
+    }
+
+    void copyFieldsFrom(const Image& other);
+};
