@@ -1,0 +1,107 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+class Image;
+class LayeredImage;
+
+namespace tinyxml2 {
+class XMLElement;
+}
+
+namespace Velmor {
+
+class Patch;
+class PixelDestGenerator;
+class PixelSourceGenerator;
+
+// Grows a larger layered image (the target) from a source layered image by
+// copying square patches. The concrete synthesizers differ only in the patch
+// they paste.
+class ImageSynthesizer
+{
+public:
+    class ImageSynthesizerParams
+    {
+    public:
+        virtual ~ImageSynthesizerParams() = default;
+        // "Patch Based Blended" or "Patch Based Cutout": the record's "Type".
+        virtual std::string methodName() const = 0;
+        // Copies the base fields into `other`, and the patch fields too when
+        // `other` is of the same class; returns `other` as that class or null.
+        virtual ImageSynthesizerParams* copyTo(ImageSynthesizerParams* other) const = 0;
+        // Appends the child elements "Type", "TargetWidth", ... to `parent`.
+        virtual void writeXml(tinyxml2::XMLElement* parent) const;
+        // Reads the keys found under `parent`; absent ones keep their value.
+        virtual void readXml(const tinyxml2::XMLElement* parent);
+
+        uint32_t targetWidth = 1024;
+        uint32_t targetHeight = 1024;
+        bool useAllLayers = true;
+    };
+
+    class PatchSynthesizerParams : public ImageSynthesizerParams
+    {
+    public:
+        void writeXml(tinyxml2::XMLElement* parent) const override;
+        void readXml(const tinyxml2::XMLElement* parent) override;
+
+        int32_t patchSize = 100;
+        int32_t patchBoundary = 20;
+        float errorThreshold = 0.1f;
+        uint32_t maxTries = 20;
+    };
+
+    using Progress = std::function<void(int)>;
+
+    ImageSynthesizer() = default;
+    ImageSynthesizer(const ImageSynthesizer&) = delete;
+    ImageSynthesizer& operator=(const ImageSynthesizer&) = delete;
+    virtual ~ImageSynthesizer();
+
+    // Stores the source and maps; keeps the target when its size and layer
+    // formats still match, otherwise makes a new zero-filled one.
+    void setInputs(LayeredImage* source, int32_t targetWidth, int32_t targetHeight, Image* directionMap,
+                   Image* scaleMap, Image* writeMask);
+    void reset();
+
+    // Checks the parameters against the source before a run; logs an Error
+    // naming each bad setting and returns false when nothing may run.
+    bool checkSettings() const;
+
+    // The patch loop. Runs until the destination generator is exhausted or
+    // cancelRequested is set. startFilled 1 treats the whole target as
+    // already filled.
+    virtual void synthesize(PixelDestGenerator* destGenerator, PixelSourceGenerator* sourceGenerator,
+                            Progress progress, int32_t startFilled);
+    virtual ImageSynthesizer* clone() const = 0;
+    virtual void onInputsSet(int) {}
+    virtual void onReset() {}
+
+    // An explicit seed makes a run reproducible; without one the seed comes
+    // from the steady clock.
+    void setSeed(std::optional<uint32_t> value) { seed = value; }
+
+    bool targetReady = false;
+    bool ownsTarget = true;
+    ImageSynthesizerParams* params = nullptr;
+    LayeredImage* target = nullptr;
+    LayeredImage* source = nullptr;
+    Image* directionMap = nullptr;
+    Image* scaleMap = nullptr;
+    Image* writeMask = nullptr;
+    // Set from another thread to stop a run; polled by the loop.
+    std::atomic<bool> cancelRequested{false};
+
+protected:
+    virtual Patch* preparePatch() = 0;
+    PatchSynthesizerParams* patchParams() const { return static_cast<PatchSynthesizerParams*>(params); }
+
+    std::optional<uint32_t> seed;
+};
+
+} // namespace Velmor
