@@ -11,6 +11,13 @@ int main(int argc, char** argv)
     QCoreApplication::setAttribute(Qt::AA_UseDesktopOpenGL, true);
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, true);
 
+    // The default format must be set before the application object creates
+    // the shared context, or Qt warns that sharing may break.
+    QSurfaceFormat format;
+    format.setSwapInterval(0);
+    format.setVersion(2, 1);
+    QSurfaceFormat::setDefaultFormat(format);
+
     MyApplication app(argc, argv);
 
     QPixmap splashImage(":/Images/images/Ondrels01_trial.png");
@@ -19,11 +26,6 @@ int main(int argc, char** argv)
     splash.show();
 
     QApplication::setStyle("Fusion");
-
-    QSurfaceFormat format;
-    format.setSwapInterval(0);
-    format.setVersion(2, 1);
-    QSurfaceFormat::setDefaultFormat(format);
 
     MainWindow* window = MainWindow::instance();
     window->show();
