@@ -54,6 +54,11 @@ public:
         int32_t patchBoundary = 20;
         float errorThreshold = 0.1f;
         uint32_t maxTries = 20;
+
+    protected:
+        // copyTo's common part: the base fields always, the patch fields when
+        // `other` is of this very class; returns `other` then, else null.
+        ImageSynthesizerParams* copyPatchFieldsTo(ImageSynthesizerParams* other) const;
     };
 
     using Progress = std::function<void(int)>;
@@ -102,6 +107,9 @@ protected:
     PatchSynthesizerParams* patchParams() const { return static_cast<PatchSynthesizerParams*>(params); }
 
     std::optional<uint32_t> seed;
+
+private:
+    void makeTarget(int32_t targetWidth, int32_t targetHeight);
 };
 
 } // namespace Velmor

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+// Everything ondrels-synth was asked to do, as parsed from its arguments.
+// Only the syntax and the ranges of single values are checked here; what
+// needs the files (layer purposes, sizes) is checked by the mode that runs.
+struct CommandLine
+{
+    enum class Mode { Help, Files };
+
+    Mode mode = Mode::Files;
+
+    // Files mode: inputs and output.
+    QStringList files;                                     // layer purpose from the file stem
+    std::vector<std::pair<QString, QString>> namedLayers;  // --layer NAME=FILE, in order
+    QString outputDir;
+
+    // Synthesis settings; unset ones keep the synthesizer's defaults.
+    uint32_t width = 1024;
+    uint32_t height = 1024;
+    bool cutout = false;
+    std::optional<int32_t> patchSize;
+    std::optional<int32_t> boundary;
+    std::optional<float> errorThreshold;
+    std::optional<uint32_t> maxTries;
+    std::optional<int32_t> feather;
+    bool firstLayerOnly = false;
+    std::optional<uint32_t> seed;
+
+    // Guidance and masks (empty: none).
+    QString directionMap;
+    QString scaleMap;
+    QString outputMask;
+    QString sourceMask;
+    uint32_t sourceMaskChannel = 0;
+
+    bool quiet = false;
+};
+
+// Parses `arguments` (without the program name). On failure returns false
+// and a one-line reason in `error`.
+bool parseCommandLine(const QStringList& arguments, CommandLine& commandLine, QString& error);
+
+// Logs a usage error as one line that points to --help.
+void logUsageError(const QString& reason);
+
+// The text printed by --help.
+QString usageText();

@@ -1,0 +1,387 @@
+#include "ImageSynthesizer.h"
+
+#include "LayeredImage.h"
+#include "LogMessage.h"
+#include "Patch.h"
+#include "PatchSource.h"
+#include "PixelDestGenerator.h"
+#include "PixelSourceGenerator.h"
+
+#include <tinyxml2.h>
+
+#include <chrono>
+#include <cstdio>
+#include <typeinfo>
+#include <vector>
+
+namespace Velmor {
+
+namespace {
+
+constexpr int64_t maxTargetSide = 32768;
+constexpr int64_t maxTargetPixels = int64_t(1) << 28;
+// Bounds the per-patch work images (fullSize x fullSize floats).
+constexpr int64_t maxFullPatchSize = 4096;
+
+bool validTargetSize(int64_t width, int64_t height)
+{
+    return width >= 1 && height >= 1 && width <= maxTargetSide && height <= maxTargetSide
+        && width * height <= maxTargetPixels;
+}
+
+void appendText(tinyxml2::XMLElement* parent, const char* key, unsigned value)
+{
+    tinyxml2::XMLElement* element = parent->GetDocument()->NewElement(key);
+    element->SetText(value);
+    parent->InsertEndChild(element);
+}
+
+void readUnsigned(const tinyxml2::XMLElement* parent, const char* key, uint32_t& field)
+{
+    unsigned value = 0;
+    if (const tinyxml2::XMLElement* element = parent->FirstChildElement(key);
+        element && element->QueryUnsignedText(&value) == tinyxml2::XML_SUCCESS)
+        field = value;
+}
+
+void readSigned(const tinyxml2::XMLElement* parent, const char* key, int32_t& field)
+{
+    uint32_t value = uint32_t(field);
+    readUnsigned(parent, key, value);
+    field = int32_t(value);
+}
+
+// Seed from the steady clock in nanoseconds, truncated to 32 bits.
+uint32_t clockSeed()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return uint32_t(std::chrono::duration_cast<std::chrono::nanoseconds>(now).count());
+}
+
+// Index into a guidance map of `mapSize` for target coordinate `c`.
+int32_t mapCoordinate(int32_t c, uint32_t targetSize, uint32_t mapSize)
+{
+    return truncateToInt(float(c) / float(int64_t(targetSize) - 1) * float(int64_t(mapSize) - 1));
+}
+
+} // namespace
+
+// Parameter records
+
+void ImageSynthesizer::ImageSynthesizerParams::writeXml(tinyxml2::XMLElement* parent) const
+{
+    if (!parent)
+        return;
+    tinyxml2::XMLElement* type = parent->GetDocument()->NewElement("Type");
+    type->SetText(methodName().c_str());
+    parent->InsertEndChild(type);
+    appendText(parent, "TargetWidth", targetWidth);
+    appendText(parent, "TargetHeight", targetHeight);
+    tinyxml2::XMLElement* all = parent->GetDocument()->NewElement("UseAllLayers");
+    all->SetText(useAllLayers);
+    parent->InsertEndChild(all);
+}
+
+void ImageSynthesizer::ImageSynthesizerParams::readXml(const tinyxml2::XMLElement* parent)
+{
+    if (!parent)
+        return;
+    readUnsigned(parent, "TargetWidth", targetWidth);
+    readUnsigned(parent, "TargetHeight", targetHeight);
+    bool value = useAllLayers;
+    if (const tinyxml2::XMLElement* element = parent->FirstChildElement("UseAllLayers");
+        element && element->QueryBoolText(&value) == tinyxml2::XML_SUCCESS)
+        useAllLayers = value;
+}
+
+void ImageSynthesizer::PatchSynthesizerParams::writeXml(tinyxml2::XMLElement* parent) const
+{
+    ImageSynthesizerParams::writeXml(parent);
+    if (!parent)
+        return;
+    appendText(parent, "PatchSize", unsigned(patchSize));
+    appendText(parent, "PatchBoundary", unsigned(patchBoundary));
+    appendText(parent, "MaxTries", maxTries);
+    tinyxml2::XMLElement* threshold = parent->GetDocument()->NewElement("ErrorThreshold");
+    threshold->SetText(errorThreshold);
+    parent->InsertEndChild(threshold);
+}
+
+void ImageSynthesizer::PatchSynthesizerParams::readXml(const tinyxml2::XMLElement* parent)
+{
+    ImageSynthesizerParams::readXml(parent);
+    if (!parent)
+        return;
+    readSigned(parent, "PatchSize", patchSize);
+    readSigned(parent, "PatchBoundary", patchBoundary);
+    readUnsigned(parent, "MaxTries", maxTries);
+    float value = errorThreshold;
+    if (const tinyxml2::XMLElement* element = parent->FirstChildElement("ErrorThreshold");
+        element && element->QueryFloatText(&value) == tinyxml2::XML_SUCCESS)
+        errorThreshold = value;
+}
+
+ImageSynthesizer::ImageSynthesizerParams*
+ImageSynthesizer::PatchSynthesizerParams::copyPatchFieldsTo(ImageSynthesizerParams* other) const
+{
+    if (!other)
+        return nullptr;
+    other->targetWidth = targetWidth;
+    other->targetHeight = targetHeight;
+    other->useAllLayers = useAllLayers;
+    if (typeid(*other) != typeid(*this))
+        return nullptr;
+    auto* same = static_cast<PatchSynthesizerParams*>(other);
+    same->patchSize = patchSize;
+    same->patchBoundary = patchBoundary;
+    same->errorThreshold = errorThreshold;
+    same->maxTries = maxTries;
+    return other;
+}
+
+// Synthesizer
+
+ImageSynthesizer::~ImageSynthesizer()
+{
+    reset();
+}
+
+void ImageSynthesizer::setInputs(LayeredImage* sourceImage, int32_t targetWidth, int32_t targetHeight,
+                                 Image* direction, Image* scale, Image* mask)
+{
+    source = sourceImage;
+    bool keep = target && !target->layers.empty() && target->layers[0]
+        && int64_t(target->layers[0]->width) == targetWidth && int64_t(target->layers[0]->height) == targetHeight;
+    if (keep && source) {
+        keep = target->layerCount() == source->layerCount();
+        for (size_t i = 0; keep && i < source->layerCount(); ++i)
+            keep = target->layers[i] && source->layers[i] && target->layers[i]->format == source->layers[i]->format;
+    } else if (keep && !source) {
+        keep = target->layerCount() == 0;
+    }
+    if (!keep)
+        makeTarget(targetWidth, targetHeight);
+    ownsTarget = true;
+    directionMap = direction;
+    scaleMap = scale;
+    writeMask = mask;
+    onInputsSet(0);
+}
+
+void ImageSynthesizer::makeTarget(int32_t targetWidth, int32_t targetHeight)
+{
+    reset();
+    if (!validTargetSize(targetWidth, targetHeight)) {
+        logMessage(Error, "Cannot make an output of %i x %i pixels: each side must be 1 to %lld pixels and the "
+                          "whole at most %lld pixels.",
+                   targetWidth, targetHeight, (long long)maxTargetSide, (long long)maxTargetPixels);
+        return;
+    }
+    target = new LayeredImage();
+    if (!source)
+        return;
+    for (size_t i = 0; i < source->layerCount(); ++i) {
+        const Image* layer = source->layers[i];
+        const PixelFormat format = layer ? layer->format : Gray;
+        auto* image = new Image(uint32_t(targetWidth), uint32_t(targetHeight), format);
+        if (layer) {
+            image->fileType = layer->fileType;
+            image->sampleType = layer->sampleType;
+            image->flipNormalX = layer->flipNormalX;
+            image->flipNormalY = layer->flipNormalY;
+            image->mappedNormalXY = layer->mappedNormalXY;
+            image->mappedNormalZ = layer->mappedNormalZ;
+        }
+        target->setLayer(source->names[i], image);
+    }
+}
+
+void ImageSynthesizer::reset()
+{
+    targetReady = false;
+    if (target && ownsTarget) {
+        target->deleteLayers();
+        delete target;
+    }
+    target = nullptr;
+    directionMap = nullptr;
+    scaleMap = nullptr;
+    onReset();
+}
+
+bool ImageSynthesizer::checkSettings() const
+{
+    bool ok = true;
+    if (!params) {
+        logMessage(Error, "The synthesizer has no parameters.");
+        return false;
+    }
+    if (!validTargetSize(params->targetWidth, params->targetHeight)) {
+        logMessage(Error, "Target size %u x %u is out of range: each side must be 1 to %lld pixels and the whole at "
+                          "most %lld pixels.",
+                   params->targetWidth, params->targetHeight, (long long)maxTargetSide, (long long)maxTargetPixels);
+        ok = false;
+    }
+    if (const PatchSynthesizerParams* p = dynamic_cast<const PatchSynthesizerParams*>(params)) {
+        if (p->patchSize < 1) {
+            logMessage(Error, "Patch size must be at least 1, but it is %i.", p->patchSize);
+            ok = false;
+        }
+        if (p->patchBoundary < 0) {
+            logMessage(Error, "Patch boundary must not be negative, but it is %i.", p->patchBoundary);
+            ok = false;
+        }
+        const int64_t full = int64_t(p->patchSize) + 2 * int64_t(p->patchBoundary);
+        if (p->patchSize >= 1 && p->patchBoundary >= 0 && full > maxFullPatchSize) {
+            logMessage(Error, "Patch size %i with boundary %i makes patches of %lld pixels; at most %lld are allowed.",
+                       p->patchSize, p->patchBoundary, (long long)full, (long long)maxFullPatchSize);
+            ok = false;
+        }
+    }
+    if (!source) {
+        logMessage(Error, "There is no source image.");
+        return false;
+    }
+    if (source->layerCount() == 0) {
+        logMessage(Error, "The source has no layers.");
+        ok = false;
+    }
+    for (size_t i = 0; i < source->layerCount(); ++i) {
+        const Image* layer = source->layers[i];
+        if (!layer || layer->isEmpty() || layer->channels() == 0) {
+            logMessage(Error, "Source layer '%s' is smaller than one pixel (%u x %u).", source->names[i].c_str(),
+                       layer ? layer->width : 0u, layer ? layer->height : 0u);
+            ok = false;
+        }
+    }
+    if (source->mask && (source->mask->isEmpty() || source->mask->channels() == 0)) {
+        logMessage(Error, "The source mask is smaller than one pixel (%u x %u).", source->mask->width,
+                   source->mask->height);
+        ok = false;
+    }
+    // An output made earlier must still match the source layer by layer.
+    if (target) {
+        bool matches = target->layerCount() == source->layerCount() && !target->layers.empty() && target->layers[0];
+        for (size_t i = 0; matches && i < target->layerCount(); ++i) {
+            const Image* out = target->layers[i];
+            const Image* in = source->layers[i];
+            matches = out && in && out->format == in->format && out->width == target->layers[0]->width
+                && out->height == target->layers[0]->height && !out->isEmpty();
+        }
+        if (!matches) {
+            logMessage(Error, "The output does not match the source layers; set the inputs again.");
+            ok = false;
+        }
+    }
+    return ok;
+}
+
+void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSourceGenerator* sourceGenerator,
+                                  Progress progress, int32_t startFilled)
+{
+    if (!checkSettings())
+        return;
+    if (!target || target->layers.empty()) {
+        logMessage(Error, "There is no output image: set the inputs with a valid size first.");
+        return;
+    }
+    if (!destGenerator || !sourceGenerator) {
+        logMessage(Error, "The synthesizer needs a destination and a source generator.");
+        return;
+    }
+    cancelRequested = false;
+    logMessage(Info, "Synthesizer started");
+    sourceGenerator->random.seed(seed ? *seed : clockSeed());
+
+    const PatchSynthesizerParams* p = patchParams();
+    const Image& T = *target->layers[0];
+    sourceGenerator->init(*source, p->patchSize, p->patchBoundary);
+    destGenerator->init(T, p->patchSize, p->patchBoundary);
+    const float L = float(source->layerCount());
+    const int32_t halfSize = (p->patchSize + 2 * p->patchBoundary) / 2;
+
+    Patch* patch = preparePatch();
+    const float errorThreshold = p->errorThreshold;
+    const uint32_t maxTries = p->maxTries;
+    const bool useAllLayers = p->useAllLayers;
+
+    std::vector<uint8_t> filledMask(size_t(T.width) * T.height, startFilled == 1 ? 1 : 0);
+    // Guidance maps without pixels are ignored rather than read.
+    const Image* direction = directionMap && !directionMap->isEmpty() && directionMap->channels() > 0 ? directionMap
+                                                                                                         : nullptr;
+    const Image* scaling = scaleMap && !scaleMap->isEmpty() && scaleMap->channels() > 0 ? scaleMap : nullptr;
+
+    logMessage(Info, "Texture synthesis started.");
+    int total = 0;
+    int timedOut = 0;
+    int lastPercent = -1;
+    PatchSource candidate(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f);
+
+    int32_t x = 0;
+    int32_t y = 0;
+    while (!cancelRequested && destGenerator->next(x, y)) {
+        if (progress) {
+            const int percent = int(float(y) * 100.0 / float(T.height));
+            if (percent > lastPercent) {
+                lastPercent = percent;
+                progress(percent);
+            }
+        }
+        patch->x = x;
+        patch->y = y;
+        if (cancelRequested)
+            break;
+
+        // Guidance at the destination centre.
+        const int32_t cx = x + halfSize;
+        const int32_t cy = y + halfSize;
+        float dirX = 0.0f;
+        float dirY = 1.0f;
+        if (direction) {
+            const Pixel d = direction->pixelAt(mapCoordinate(cx, T.width, direction->width),
+                                               mapCoordinate(cy, T.height, direction->height));
+            const float vx = d[0];
+            const float vy = d.channels() > 1 ? d[1] : 0.0f;
+            if (!(vx == 0.0f && vy == 0.0f)) {
+                dirX = vx;
+                dirY = vy;
+            }
+        }
+        float scale = 1.0f;
+        if (scaling) {
+            const float v = scaling->pixelAt(mapCoordinate(cx, T.width, scaling->width),
+                                             mapCoordinate(cy, T.height, scaling->height))[0];
+            scale = v < 1.0f ? (1.0f - v) + (1.0f - v) + 1.0f : 1.0f - (v - 1.0f) * 0.1f;
+        }
+
+        uint32_t tries = 0;
+        while (true) {
+            int32_t sx = 0;
+            int32_t sy = 0;
+            sourceGenerator->next(sx, sy);
+            candidate.place(sx, sy, halfSize, dirX, dirY, scale);
+            const float error = patch->evaluate(candidate, filledMask.data(), useAllLayers);
+            ++tries;
+            const float normalised = error / L;
+            if (normalised > errorThreshold && tries < maxTries) {
+                if (cancelRequested)
+                    break;
+                continue;
+            }
+            ++total;
+            patch->paste(filledMask.data(), writeMask);
+            if (normalised > errorThreshold)
+                ++timedOut;
+            break;
+        }
+    }
+
+    logMessage(Success, "Texture synthesis finished.");
+    char buffer[512];
+    std::snprintf(buffer, sizeof(buffer), "%i patches out of %i timed out", timedOut, total);
+    logMessage(Info, QString::fromLatin1(buffer));
+    if (float(timedOut) / float(total) > 0.5f)
+        logMessage(Warning, "More than half of the patches timed out. Try using higher error or more patch tries!");
+}
+
+} // namespace Velmor

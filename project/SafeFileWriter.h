@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <string>
+
+namespace Velmor {
+
+// Writes `bytes` to a temporary file beside `path` and renames it into place,
+// so a failed or interrupted save leaves the previous file as it was. Logs an
+// Error naming the file and returns false when anything fails.
+bool writeFileSafely(const QString& path, const QByteArray& bytes);
+
+// A file name for a record name: characters that some file system refuses
+// (path separators, control characters, Windows' reserved ones) become "_",
+// and names that are empty or only dots get a leading "_". The record keeps
+// its own name; only the file is named this way.
+QString safeFileName(const std::string& recordName);
+
+} // namespace Velmor

@@ -1,0 +1,242 @@
+#include "BlendedPatch.h"
+#include "CutoutPatch.h"
+#include "EngineTestImages.h"
+#include "PatchSource.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+using namespace Velmor;
+
+namespace {
+
+// The error rule written per pixel over PatchSource::sourcePixels.
+float referenceDifference(const LayeredPixel& a, const LayeredPixel& b, bool firstOnly)
+{
+    float sum = 0.0f;
+    for (size_t l = 0; l < (firstOnly ? 1 : a.size()); ++l) {
+        const Pixel& p = a[l];
+        const Pixel& q = b[l];
+        float d = 0.0f;
+        switch (p.format) {
+        case Gray: d = std::fabs(p[0] - q[0]); break;
+        case RGB:
+        case RGBA:
+            for (uint32_t c = 0; c < p.channels(); ++c)
+                d += (p[c] - q[c]) * (p[c] - q[c]);
+            break;
+        case Normal: d = float(1.0 - (double(p[0]) * q[0] + double(p[1]) * q[1] + double(p[2]) * q[2])); break;
+        default: break;
+        }
+        sum += d;
+    }
+    return sum;
+}
+
+std::unique_ptr<LayeredImage> makeTarget(int w, int h, const LayeredImage& like)
+{
+    auto target = std::make_unique<LayeredImage>();
+    for (size_t l = 0; l < like.layerCount(); ++l)
+        target->setLayer(like.names[l], new Image(w, h, like.layers[l]->format));
+    return target;
+}
+
+// Fills every target pixel with content unrelated to the source.
+void scribble(LayeredImage& target, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> value(0.0f, 1.0f);
+    for (Image* layer : target.layers)
+        for (uint64_t i = 0; i < layer->floatCount(); ++i)
+            layer->data[i] = value(random);
+    for (Image* layer : target.layers)
+        if (layer->format == Normal)
+            for (uint64_t i = 0; i < layer->pixelCount(); ++i) {
+                float* n = layer->data + 3 * i;
+                const float len = std::sqrt(n[0] * n[0] + n[1] * n[1] + n[2] * n[2]);
+                for (int c = 0; c < 3; ++c)
+                    n[c] /= len;
+            }
+}
+
+} // namespace
+
+// The raw loops must give what sampling through PatchSource gives, for
+// whole-pixel and for rotated and scaled candidates, near and across the
+// source's and the target's edges.
+TEST(Patch, RecordedErrorsMatchPerPixelReference)
+{
+    auto source = EngineTest::makeSource(40, 36);
+    source->layers[2]->wrapMode = Clamp;
+    auto target = makeTarget(50, 44, *source);
+    scribble(*target, 5);
+    std::mt19937 random(9);
+    std::vector<uint8_t> filled(50 * 44);
+    for (auto& f : filled)
+        f = random() % 3 != 0;
+
+    CutoutPatch patch;
+    patch.init(target.get(), 12, 5);
+    const int F = patch.fullSize();
+    struct Case { int x, y, sx, sy; float dirX, dirY, scale; bool all; };
+    const Case cases[] = {{-11, -11, 3, 4, 0, 1, 1, true},    {30, 25, 30, 20, 0, 1, 1, true},
+                          {7, 40, -5, 33, 0, 1, 1, false},    {20, 5, 10, 8, 0.6f, 0.8f, 1, true},
+                          {-3, 30, 25, 28, -1, 0, 2.5f, true}, {44, -6, 38, 1, 0.28f, -0.96f, 0.7f, true}};
+    for (const Case& c : cases) {
+        patch.x = c.x;
+        patch.y = c.y;
+        PatchSource candidate(source.get(), c.sx, c.sy, F / 2, c.dirX, c.dirY, c.scale);
+        patch.bestError = -1.0f; // keep the maps where they are
+        const float error = patch.evaluate(candidate, filled.data(), c.all);
+        const float* recorded = patch.errorMap->data;
+        double sum = 0.0;
+        int count = 0;
+        for (int dy = 0; dy < F; ++dy)
+            for (int dx = 0; dx < F; ++dx) {
+                const bool core = dx >= 5 && dx < 17 && dy >= 5 && dy < 17;
+                const int tx = (c.x + dx + 50) % 50, ty = (c.y + dy + 44) % 44;
+                float expected = 0.0f;
+                if (!core && filled[ty * 50 + tx]) {
+                    PatchSource probe = candidate;
+                    expected = referenceDifference(probe.sourcePixels(dx, dy), target->pixelAt(tx, ty), !c.all);
+                    sum += expected;
+                    ++count;
+                }
+                ASSERT_NEAR(recorded[dy * F + dx], expected, 1e-6f * (1.0f + std::fabs(expected)))
+                    << "dx " << dx << " dy " << dy << " case " << c.sx << "," << c.sy;
+            }
+        ASSERT_GT(count, 0);
+        EXPECT_NEAR(error, sum / count, 1e-4 * (1.0 + sum / count));
+    }
+}
+
+TEST(Patch, BlendedPasteKeepsCoreExactAndFadesTheRing)
+{
+    auto source = EngineTest::makeSource(32, 32);
+    auto target = makeTarget(40, 40, *source);
+    std::vector<uint8_t> filled(40 * 40, 0);
+    BlendedPatch patch;
+    patch.init(target.get(), 10, 4);
+    patch.x = 6;
+    patch.y = 8;
+    PatchSource candidate(source.get(), 5, 7, 9, 0.0f, 1.0f, 1.0f);
+
+    // Nothing filled: error 0, the candidate becomes the best one.
+    EXPECT_EQ(patch.evaluate(candidate, filled.data(), true), 0.0f);
+    ASSERT_NE(patch.bestSource, nullptr);
+    patch.paste(filled.data(), nullptr);
+    EXPECT_EQ(patch.bestSource, nullptr);
+    for (int dy = 0; dy < 18; ++dy)
+        for (int dx = 0; dx < 18; ++dx) {
+            const bool core = dx >= 4 && dx <= 14 && dy >= 4 && dy <= 14;
+            const int tx = 6 + dx, ty = 8 + dy;
+            EXPECT_EQ(filled[ty * 40 + tx], core ? 1 : 0) << dx << "," << dy;
+            if (core) // the colour layer is copied exactly
+                EXPECT_EQ(target->layers[0]->pixelAt(tx, ty)[1], source->layers[0]->pixelAt(5 + dx, 7 + dy)[1]);
+            else // unfilled ring pixels are left alone
+                EXPECT_EQ(target->layers[0]->pixelAt(tx, ty)[0], 0.0f);
+        }
+
+    // Over filled content: the outer ring edge (d = 1) keeps the old value,
+    // the inner ring blends, and the candidate's error is now positive.
+    scribble(*target, 2);
+    std::fill(filled.begin(), filled.end(), 1);
+    const Image before(*target->layers[2]);
+    EXPECT_GT(patch.evaluate(candidate, filled.data(), true), 0.0f);
+    patch.paste(filled.data(), nullptr);
+    const Image& grey = *target->layers[2];
+    EXPECT_EQ(grey.pixelAt(6 + 0, 8 + 9)[0], before.pixelAt(6, 17)[0]);      // left edge, d = 1
+    EXPECT_EQ(grey.pixelAt(6 + 0, 8 + 0)[0], before.pixelAt(6, 8)[0]);       // beyond the rounded corner
+    const float s = source->layers[2]->pixelAt(5 + 2, 7 + 9)[0];             // dx 2: d = 0.5
+    EXPECT_NEAR(grey.pixelAt(8, 17)[0], 0.5f * before.pixelAt(8, 17)[0] + 0.5f * s, 1e-6f);
+
+    // Boundary 0: every pixel is core and the error is always 0.
+    BlendedPatch bare;
+    bare.init(target.get(), 8, 0);
+    bare.x = 30; // wraps across the target's right edge
+    bare.y = 35;
+    PatchSource other(source.get(), 20, 20, 4, 0.0f, 1.0f, 1.0f);
+    EXPECT_EQ(bare.evaluate(other, filled.data(), true), 0.0f);
+    bare.paste(filled.data(), nullptr);
+    for (int dy = 0; dy < 8; ++dy)
+        for (int dx = 0; dx < 8; ++dx)
+            EXPECT_EQ(target->layers[2]->pixelAt((30 + dx) % 40, (35 + dy) % 40)[0],
+                      source->layers[2]->pixelAt(20 + dx, 20 + dy)[0]);
+}
+
+TEST(Patch, WriteMaskLimitsThePaste)
+{
+    auto source = EngineTest::makeSource(32, 32);
+    auto target = makeTarget(32, 32, *source);
+    std::vector<uint8_t> filled(32 * 32, 0);
+    Image mask(16, 16, Gray); // left half open
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 8; ++x)
+            mask.pixelAt(x, y)[0] = 1.0f;
+    BlendedPatch patch;
+    patch.init(target.get(), 20, 0);
+    patch.x = 4;
+    patch.y = 4;
+    PatchSource candidate(source.get(), 2, 2, 10, 0.0f, 1.0f, 1.0f);
+    patch.evaluate(candidate, filled.data(), true);
+    patch.paste(filled.data(), &mask);
+    EXPECT_EQ(filled[10 * 32 + 8], 1);
+    EXPECT_EQ(filled[10 * 32 + 20], 0);
+    EXPECT_EQ(target->layers[0]->pixelAt(20, 10)[0], 0.0f);
+}
+
+TEST(Patch, CutoutCutFollowsTheLowErrorValleyAndFillsThePatch)
+{
+    auto source = EngineTest::makeSource(32, 32);
+    auto target = makeTarget(48, 48, *source);
+    CutoutPatch patch;
+    patch.init(target.get(), 12, 8); // full size 28
+    patch.feather = 0;
+    const int F = 28;
+    // High error everywhere except column 4 of the left strip.
+    float* errors = patch.bestErrorMap->data;
+    for (int i = 0; i < F * F; ++i)
+        errors[i] = 1.0f;
+    for (int dy = 0; dy < F; ++dy)
+        errors[dy * F + 4] = 0.0f;
+    patch.computeWeights();
+    const float* w = patch.weightImage->data;
+    for (int dy = 8; dy < 20; ++dy) { // away from the other strips
+        for (int dx = 0; dx < 4; ++dx)
+            EXPECT_EQ(w[dy * F + dx], 0.0f) << dx << "," << dy;
+        for (int dx = 4; dx < 20; ++dx)
+            EXPECT_EQ(w[dy * F + dx], 1.0f) << dx << "," << dy;
+    }
+    // Feathered weights rise monotonically across the cut, within 0..1.
+    patch.feather = 4;
+    patch.computeWeights();
+    for (int dy = 0; dy < F; ++dy)
+        for (int dx = 0; dx < F; ++dx) {
+            ASSERT_GE(w[dy * F + dx], 0.0f);
+            ASSERT_LE(w[dy * F + dx], 1.0f);
+        }
+    for (int dx = 1; dx < 14; ++dx)
+        EXPECT_GE(w[14 * F + dx], w[14 * F + dx - 1]);
+    EXPECT_LT(w[14 * F + 1], 0.01f);
+    EXPECT_LT(w[14 * F + 3], 0.5f);
+    EXPECT_GT(w[14 * F + 4], 0.5f);
+    EXPECT_EQ(w[14 * F + 7], 1.0f);
+
+    // On an empty target the whole patch takes the source and is filled.
+    std::vector<uint8_t> filled(48 * 48, 0);
+    patch.x = 40; // wraps
+    patch.y = 3;
+    PatchSource candidate(source.get(), 1, 2, 14, 0.0f, 1.0f, 1.0f);
+    EXPECT_EQ(patch.evaluate(candidate, filled.data(), true), 0.0f);
+    patch.paste(filled.data(), nullptr);
+    EXPECT_EQ(patch.bestSource, nullptr);
+    for (int dy = 0; dy < F; ++dy)
+        for (int dx = 0; dx < F; ++dx) {
+            const int tx = (40 + dx) % 48, ty = 3 + dy;
+            ASSERT_EQ(filled[ty * 48 + tx], 1);
+            ASSERT_NEAR(target->layers[1]->pixelAt(tx, ty)[2], source->layers[1]->pixelAt(1 + dx, 2 + dy)[2], 1e-6f);
+        }
+}

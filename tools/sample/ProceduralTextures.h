@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Image.h"
+
+#include <cstdint>
+
+// Seamless procedural materials for the sample project: every generator
+// wraps around at the image edges, so the maps tile like real source scans.
+namespace ProceduralTextures {
+
+struct Material
+{
+    Image color;     // RGB, 0..1
+    Image normal;    // RGB colour encoding of the normal (0.5, 0.5, 1 is flat)
+    Image height;    // Gray, 0..1
+    Image roughness; // Gray, 0..1
+};
+
+Material cobblestones(uint32_t size, uint32_t seed);
+Material moss(uint32_t size, uint32_t seed);
+// White blobs on black, for mixing two materials.
+Image blobMask(uint32_t size, uint32_t seed);
+// Directions that swirl around the centre, as a Normal image of (dx, dy, 0).
+Image swirlDirections(uint32_t size);
+// Scale from 0.5 on the left to 1.5 on the right.
+Image scaleGradient(uint32_t size);
+
+} // namespace ProceduralTextures
