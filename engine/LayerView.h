@@ -41,21 +41,7 @@ struct LayerView
     inline const float* at(int32_t x, int32_t y) const { return row(foldY(y)) + int64_t(channels) * foldX(x); }
 
     // Image::pixelAt's wrap rule, folding as often as needed.
-    static inline int32_t fold(int32_t v, int32_t n, WrapMode mode)
-    {
-        if (v >= 0 && v < n)
-            return v;
-        if (mode == Repeat) {
-            if (v < 0) {
-                v += n;
-                if (v < 0)
-                    v = n - 1 - int32_t(uint32_t(-(v + 1)) % uint32_t(n));
-                return v;
-            }
-            return int32_t(uint32_t(v) % uint32_t(n));
-        }
-        return v < 0 ? 0 : n - 1;
-    }
+    static inline int32_t fold(int32_t v, int32_t n, WrapMode mode) { return wrapCoordinate(v, n, mode); }
 };
 
 // Repeat folding for the target and its filled mask.
@@ -115,29 +101,9 @@ inline void sampleLinear(const LayerView& layer, float x, float y, float* out)
 {
     const float fw = float(layer.width);
     const float fh = float(layer.height);
-    if (x < 0.0f || y < 0.0f || x >= fw || y >= fh) {
-        if (layer.wrap == Repeat) {
-            if (x < 0.0f)
-                x += fw;
-            else if (x >= fw)
-                x -= fw;
-            if (y < 0.0f)
-                y += fh;
-            else if (y >= fh)
-                y -= fh;
-        } else if (layer.wrap == Clamp) {
-            if (x < 0.0f)
-                x = 0.0f;
-            else if (x >= fw)
-                x = fw - 1.0f;
-            if (y < 0.0f)
-                y = 0.0f;
-            else if (y >= fh)
-                y = fh - 1.0f;
-        }
-    }
-    const int32_t ix = (x > -2.0e9f && x < 2.0e9f) ? int32_t(x) : 0;
-    const int32_t iy = (y > -2.0e9f && y < 2.0e9f) ? int32_t(y) : 0;
+    wrapSamplePosition(x, y, fw, fh, layer.wrap);
+    const int32_t ix = truncateSamplePosition(x);
+    const int32_t iy = truncateSamplePosition(y);
     const float fx = x - float(ix);
     const float fy = y - float(iy);
     float top[4];

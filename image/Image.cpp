@@ -98,31 +98,10 @@ void Image::sample(float x, float y, SampleMode mode, Pixel& out) const
         return;
     const float fw = float(width);
     const float fh = float(height);
-    if (x < 0.0f || y < 0.0f || x >= fw || y >= fh) {
-        if (wrapMode == Repeat) {
-            if (x < 0.0f)
-                x += fw;
-            else if (x >= fw)
-                x -= fw;
-            if (y < 0.0f)
-                y += fh;
-            else if (y >= fh)
-                y -= fh;
-        } else if (wrapMode == Clamp) {
-            if (x < 0.0f)
-                x = 0.0f;
-            else if (x >= fw)
-                x = fw - 1.0f;
-            if (y < 0.0f)
-                y = 0.0f;
-            else if (y >= fh)
-                y = fh - 1.0f;
-        }
-    }
-    // Truncation toward zero; coordinates that are still far out of range
-    // (or not numbers) are folded by pixelAt.
-    const int32_t ix = (x > -2.0e9f && x < 2.0e9f) ? int32_t(x) : 0;
-    const int32_t iy = (y > -2.0e9f && y < 2.0e9f) ? int32_t(y) : 0;
+    wrapSamplePosition(x, y, fw, fh, wrapMode);
+    // Positions still out of range after one period are folded by pixelAt.
+    const int32_t ix = truncateSamplePosition(x);
+    const int32_t iy = truncateSamplePosition(y);
 
     if (mode == Nearest) {
         out = pixelAt(ix, iy);

@@ -7,6 +7,59 @@
 
 #include <cstdint>
 
+// The wrap rule of pixelAt for one integer coordinate of an axis of n pixels.
+// Callers stay within one period; Repeat folds further only so that a wild
+// coordinate can never read outside the buffer, and unknown modes clamp.
+inline int32_t wrapCoordinate(int32_t v, int32_t n, WrapMode mode)
+{
+    if (v >= 0 && v < n)
+        return v;
+    if (mode == Repeat) {
+        if (v < 0) {
+            v += n;
+            if (v < 0)
+                v = n - 1 - int32_t(uint32_t(-(v + 1)) % uint32_t(n));
+            return v;
+        }
+        return int32_t(uint32_t(v) % uint32_t(n));
+    }
+    return v < 0 ? 0 : n - 1;
+}
+
+// The wrap rule of sample for float coordinates: Repeat moves a coordinate
+// one period back into range, Clamp pins it to the edge pixel.
+inline void wrapSamplePosition(float& x, float& y, float width, float height, WrapMode mode)
+{
+    if (x >= 0.0f && y >= 0.0f && x < width && y < height)
+        return;
+    if (mode == Repeat) {
+        if (x < 0.0f)
+            x += width;
+        else if (x >= width)
+            x -= width;
+        if (y < 0.0f)
+            y += height;
+        else if (y >= height)
+            y -= height;
+    } else if (mode == Clamp) {
+        if (x < 0.0f)
+            x = 0.0f;
+        else if (x >= width)
+            x = width - 1.0f;
+        if (y < 0.0f)
+            y = 0.0f;
+        else if (y >= height)
+            y = height - 1.0f;
+    }
+}
+
+// Truncation toward zero of a sample position; coordinates still far out of
+// range (or not numbers) become 0 and are then folded by the wrap rule.
+inline int32_t truncateSamplePosition(float v)
+{
+    return (v > -2.0e9f && v < 2.0e9f) ? int32_t(v) : 0;
+}
+
 // One layer of 32-bit float pixels, interleaved and row-major, row 0 at the
 // bottom. The first float of pixel (x, y) is at channels * (x + width * y).
 class Image
@@ -80,25 +133,7 @@ public:
     bool mappedNormalZ = false;
 
 private:
-    inline int32_t wrap(int32_t v, uint32_t size) const
-    {
-        const int32_t n = int32_t(size);
-        if (v >= 0 && v < n)
-            return v;
-        if (wrapMode == Repeat) {
-            if (v < 0) {
-                v += n;
-                // Callers stay within one period; fold further only so that a
-                // wild coordinate can never read outside the buffer.
-                if (v < 0)
-                    v = n - 1 - int32_t(uint32_t(-(v + 1)) % size);
-                return v;
-            }
-            return int32_t(uint32_t(v) % size);
-        }
-        // Clamp, and any unknown mode so that no read leaves the buffer.
-        return v < 0 ? 0 : n - 1;
-    }
+    inline int32_t wrap(int32_t v, uint32_t size) const { return wrapCoordinate(v, int32_t(size), wrapMode); }
 
     void copyFieldsFrom(const Image& other);
 };
