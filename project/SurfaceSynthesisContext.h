@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 
 namespace Velmor {
 
@@ -25,6 +26,9 @@ public:
     std::unique_ptr<LayeredImage> blackResult;
     std::atomic<bool> cancelRequested{false};
     std::atomic<ImageSynthesizer*> currentSynthesizer{nullptr};
+    // Handed to every synthesizer the run uses; set it for reproducible
+    // output (command line, tests), leave it empty to seed from the clock.
+    std::optional<uint32_t> seed;
 };
 
 } // namespace Velmor

@@ -1,0 +1,452 @@
+#include "MixedSurfaceSynthesis.h"
+
+#include "CacheFiles.h"
+#include "ImageFile.h"
+#include "LogMessage.h"
+#include "SurfaceSynthesis.h"
+
+#include <omp.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace Velmor {
+
+namespace {
+
+using Progress = ImageSynthesizer::Progress;
+
+int teamSize()
+{
+    return std::max(1, std::min(16, omp_get_max_threads()));
+}
+
+bool usable(const Image* image)
+{
+    return image && !image->isEmpty() && image->channels() > 0;
+}
+
+bool usable(const std::unique_ptr<LayeredImage>& result)
+{
+    if (!result || result->layerCount() == 0)
+        return false;
+    for (const Image* layer : result->layers)
+        if (!usable(layer))
+            return false;
+    return true;
+}
+
+// Phase gating: an unfrozen result is always remade; a frozen one is kept
+// when there is one. True when the phase has to run.
+bool phaseRuns(std::unique_ptr<LayeredImage>& result, bool frozen)
+{
+    if (frozen && usable(result))
+        return false;
+    result.reset();
+    return true;
+}
+
+// Every phase result must fit a cache file, so the same bounds apply here.
+bool validTargetSize(uint32_t width, uint32_t height)
+{
+    return width >= 1 && height >= 1 && width <= maxCacheImageSide && height <= maxCacheImageSide
+        && uint64_t(width) * height <= maxCacheImagePixels;
+}
+
+void copyDescriptors(const Image& from, Image& to)
+{
+    to.fileType = from.fileType;
+    to.sampleType = from.sampleType;
+    to.flipNormalX = from.flipNormalX;
+    to.flipNormalY = from.flipNormalY;
+    to.mappedNormalXY = from.mappedNormalXY;
+    to.mappedNormalZ = from.mappedNormalZ;
+}
+
+std::unique_ptr<Image> filledImage(const Image& source, uint32_t width, uint32_t height, bool tile, SampleMode mode)
+{
+    auto image = std::make_unique<Image>(width, height, source.format);
+    copyDescriptors(source, *image);
+    fillFromSource(source, *image, tile, mode);
+    return image;
+}
+
+// Takes the output of a synthesizer that is about to be destroyed.
+std::unique_ptr<LayeredImage> detachOutput(ImageSynthesizer& synthesizer)
+{
+    std::unique_ptr<LayeredImage> output(synthesizer.target);
+    synthesizer.ownsTarget = false;
+    synthesizer.target = nullptr;
+    return output;
+}
+
+// A clone of `original` that synthesizes `input` at the mixed surface's size
+// with the mixed surface's seam and guidance settings; null when cancelled
+// or refused.
+std::unique_ptr<LayeredImage> synthesizePart(SurfaceSynthesisContext& context, const ImageSynthesizer& original,
+                                             LayeredImage& input, const ProjectData::MixedSurfaceData& mixed,
+                                             uint32_t width, uint32_t height, const Progress& progress)
+{
+    std::unique_ptr<ImageSynthesizer> part(original.clone());
+    if (!part)
+        return nullptr;
+    part->params->targetWidth = width;
+    part->params->targetHeight = height;
+    if (!runSurfacePasses(context, *part, input, passSettingsOf(mixed), progress))
+        return nullptr;
+    std::unique_ptr<LayeredImage> output = detachOutput(*part);
+    return usable(output) ? std::move(output) : nullptr;
+}
+
+void logMissing(const ProjectData::MixedSurfaceData& mixed, const char* what)
+{
+    logMessage(Error, QStringLiteral("Cannot synthesize mixed surface '%1': %2.")
+                          .arg(QString::fromStdString(mixed.name), QLatin1String(what)));
+}
+
+// Phase 1. False when the run has to end.
+bool makeMask(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixed, uint32_t width,
+              uint32_t height, const Progress& progress)
+{
+    if (!phaseRuns(context.maskResult, mixed.freezeMask))
+        return true;
+    Image* mask = mixed.maskTexture ? &mixed.maskTexture->image : nullptr;
+    if (!usable(mask)) {
+        logMissing(mixed, "it has no mask image");
+        return false;
+    }
+    if (!mixed.synthesizeMask) {
+        logMessage(Info, "MixedSurface Phase 1/4: filling mask.");
+        auto result = std::make_unique<LayeredImage>();
+        result->setLayer("Mask", filledImage(*mask, width, height, mixed.tileMask,
+                                             mixed.maskFilterMode == 1 ? Linear : Nearest)
+                                     .release());
+        context.maskResult = std::move(result);
+        return !context.cancelRequested;
+    }
+    logMessage(Info, "MixedSurface Phase 1/4: mask synthesis.");
+    BorrowedLayers input;
+    input.image.setLayer("Mask", mask);
+    context.maskResult = synthesizePart(context, *mixed.synthesizer(), input.image, mixed, width, height, progress);
+    return context.maskResult != nullptr;
+}
+
+// Phases 2 and 3. False when the run has to end.
+bool makeSide(SurfaceSynthesisContext& context, const ProjectData::MixedSurfaceData& mixed, bool white,
+              uint32_t width, uint32_t height, const Progress& progress)
+{
+    std::unique_ptr<LayeredImage>& result = white ? context.whiteResult : context.blackResult;
+    if (!phaseRuns(result, white ? mixed.freezeWhiteSurface : mixed.freezeBlackSurface))
+        return true;
+    if (context.cancelRequested)
+        return false;
+    const ProjectData::SurfaceData* surface = white ? mixed.whiteSurface : mixed.blackSurface;
+    if (!surface || surface->layers.empty()) {
+        logMissing(mixed, white ? "the white surface is missing or has no layers"
+                                : "the black surface is missing or has no layers");
+        return false;
+    }
+    for (const ProjectData::SurfaceLayer& layer : surface->layers) {
+        if (!layer.texture || !usable(&layer.texture->image)) {
+            logMissing(mixed, white ? "a layer of the white surface has no image"
+                                    : "a layer of the black surface has no image");
+            return false;
+        }
+    }
+
+    if (!(white ? mixed.synthesizeWhiteSurface : mixed.synthesizeBlackSurface)) {
+        logMessage(Info, white ? "MixedSurface Phase 2/4: filling white surface."
+                               : "MixedSurface Phase 3/4: filling black surface.");
+        const bool tile = white ? mixed.tileWhiteSurface : mixed.tileBlackSurface;
+        const SampleMode mode = mixed.maskFilterMode == 1 ? Linear : Nearest;
+        auto filled = std::make_unique<LayeredImage>();
+        for (const ProjectData::SurfaceLayer& layer : surface->layers) {
+            filled->setLayer(layer.name, filledImage(layer.texture->image, width, height, tile, mode).release());
+            if (context.cancelRequested)
+                return false;
+        }
+        result = std::move(filled);
+        return true;
+    }
+
+    logMessage(Info, white ? "MixedSurface Phase 2/4: white surface synthesis."
+                           : "MixedSurface Phase 3/4: black surface synthesis.");
+    const ImageSynthesizer* own = surface->synthesizer();
+    if (!own) {
+        logMissing(mixed, white ? "the white surface has no synthesizer" : "the black surface has no synthesizer");
+        return false;
+    }
+    BorrowedLayers input;
+    if (!gatherSurfaceLayers(*surface, input.image))
+        return false;
+    result = synthesizePart(context, *own, input.image, mixed, width, height, progress);
+    return result != nullptr;
+}
+
+// Column (or row) of a source of `sourceSize` read for output index i of
+// `outputSize`: the identity for equal sizes, nearest stretching otherwise
+// (a kept result may stem from an earlier target size).
+std::vector<uint32_t> stretchIndex(uint32_t outputSize, uint32_t sourceSize)
+{
+    std::vector<uint32_t> index(outputSize);
+    for (uint32_t i = 0; i < outputSize; ++i)
+        index[i] = uint32_t(uint64_t(i) * sourceSize / outputSize);
+    return index;
+}
+
+// Mask value as a blend weight; anything not above 0 (NaN included) is black.
+inline float weight(float m)
+{
+    return m > 0.0f ? std::min(m, 1.0f) : 0.0f;
+}
+
+// A pixel of `image` as RGBA colour; normal vectors go back to colours the
+// way the image's own flags say.
+inline void toRgba(const Image& image, const float* p, float* out)
+{
+    switch (image.format) {
+    case Gray:
+        out[0] = out[1] = out[2] = p[0];
+        out[3] = 1.0f;
+        break;
+    case RGB:
+        out[0] = p[0];
+        out[1] = p[1];
+        out[2] = p[2];
+        out[3] = 1.0f;
+        break;
+    case RGBA:
+        std::memcpy(out, p, 4 * sizeof(float));
+        break;
+    case Normal: {
+        float x = image.flipNormalX ? -p[0] : p[0];
+        float y = image.flipNormalY ? -p[1] : p[1];
+        float z = p[2];
+        if (image.mappedNormalXY) {
+            x = x * 0.5f + 0.5f;
+            y = y * 0.5f + 0.5f;
+        }
+        if (image.mappedNormalZ)
+            z = z * 0.5f + 0.5f;
+        out[0] = x;
+        out[1] = y;
+        out[2] = z;
+        out[3] = 1.0f;
+        break;
+    }
+    default:
+        out[0] = out[1] = out[2] = 0.0f;
+        out[3] = 1.0f;
+    }
+}
+
+// Blends black to white by w into out (c channels). The ends copy one input
+// unchanged, so a pure mask reproduces that surface exactly.
+inline void blend(const float* white, const float* black, float w, uint32_t c, bool normal, float* out)
+{
+    if (w <= 0.0f) {
+        std::memcpy(out, black, c * sizeof(float));
+        return;
+    }
+    if (w >= 1.0f) {
+        std::memcpy(out, white, c * sizeof(float));
+        return;
+    }
+    for (uint32_t k = 0; k < c; ++k)
+        out[k] = (white[k] - black[k]) * w + black[k];
+    if (normal) {
+        const float length = std::sqrt(out[0] * out[0] + out[1] * out[1] + out[2] * out[2]);
+        if (length > 0.0f)
+            for (uint32_t k = 0; k < 3; ++k)
+                out[k] /= length;
+    }
+}
+
+// Reports merge progress from the calling thread as rows complete; only
+// increases are passed on.
+class MergeProgress
+{
+public:
+    MergeProgress(const Progress& callback, uint64_t totalRows)
+        : progress(callback)
+        , total(std::max<uint64_t>(totalRows, 1))
+    {
+    }
+
+    void rowsDone(uint64_t rows)
+    {
+        done += rows;
+        const int percent = int(done * 100 / total);
+        if (progress && percent > last) {
+            last = percent;
+            progress(percent);
+        }
+    }
+
+private:
+    const Progress& progress;
+    uint64_t total;
+    uint64_t done = 0;
+    int last = -1;
+};
+
+// Merges one layer into `out` (target size) in bands of rows, each band an
+// OpenMP loop over its rows, checking for a cancel between bands. False
+// when cancelled.
+bool mergeLayer(const Image& white, const Image& black, const Image& mask, uint32_t maskChannel, Image& out,
+                SurfaceSynthesisContext& context, MergeProgress& progress)
+{
+    const uint32_t width = out.width;
+    const uint32_t height = out.height;
+    const bool sameFormat = white.format == black.format && white.format == out.format;
+    const uint32_t c = out.channels();
+    const uint32_t wc = white.channels();
+    const uint32_t bc = black.channels();
+    const uint32_t mc = mask.channels();
+    const std::vector<uint32_t> whiteX = stretchIndex(width, white.width), whiteY = stretchIndex(height, white.height);
+    const std::vector<uint32_t> blackX = stretchIndex(width, black.width), blackY = stretchIndex(height, black.height);
+    const std::vector<uint32_t> maskX = stretchIndex(width, mask.width), maskY = stretchIndex(height, mask.height);
+    const bool normal = out.format == Normal;
+    const int team = teamSize();
+    const uint32_t band = std::max<uint32_t>(1, height / 50);
+
+    for (uint32_t first = 0; first < height; first += band) {
+        if (context.cancelRequested)
+            return false;
+        const int64_t last = std::min<int64_t>(int64_t(first) + band, height);
+#pragma omp parallel for num_threads(team) schedule(static)
+        for (int64_t y = first; y < last; ++y) {
+            const float* whiteRow = white.data + uint64_t(white.width) * wc * whiteY[y];
+            const float* blackRow = black.data + uint64_t(black.width) * bc * blackY[y];
+            const float* maskRow = mask.data + uint64_t(mask.width) * mc * maskY[y];
+            float* outRow = out.data + uint64_t(width) * c * uint64_t(y);
+            for (uint32_t x = 0; x < width; ++x) {
+                const float w = weight(maskRow[uint64_t(mc) * maskX[x] + maskChannel]);
+                const float* wp = whiteRow + uint64_t(wc) * whiteX[x];
+                const float* bp = blackRow + uint64_t(bc) * blackX[x];
+                if (sameFormat) {
+                    blend(wp, bp, w, c, normal, outRow + uint64_t(c) * x);
+                } else {
+                    float wRgba[4], bRgba[4];
+                    toRgba(white, wp, wRgba);
+                    toRgba(black, bp, bRgba);
+                    blend(wRgba, bRgba, w, 4, false, outRow + 4 * uint64_t(x));
+                }
+            }
+        }
+        progress.rowsDone(uint64_t(last - first));
+    }
+    return true;
+}
+
+// Phase 4. The output takes the layer set of the result with fewer layers.
+void merge(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixed, ImageSynthesizer& output,
+           uint32_t width, uint32_t height, const Progress& progress)
+{
+    logMessage(Info, "MixedSurface Phase 4/4: merging surfaces.");
+    const LayeredImage& white = *context.whiteResult;
+    const LayeredImage& black = *context.blackResult;
+    const Image& mask = *context.maskResult->layers[0];
+    const uint32_t maskChannel =
+        mixed.maskChannel < 0 ? 0u : std::min(uint32_t(mixed.maskChannel), mask.channels() - 1);
+
+    LayeredImage& fewer = white.layerCount() < black.layerCount() ? *context.whiteResult : *context.blackResult;
+    output.setInputs(&fewer, int32_t(width), int32_t(height), nullptr, nullptr, nullptr);
+    output.source = nullptr;
+    if (!output.target || output.target->layerCount() != fewer.layerCount())
+        return;
+
+    const size_t count = std::min(white.layerCount(), black.layerCount());
+    MergeProgress mergeProgress(progress, uint64_t(count) * height);
+    for (size_t i = 0; i < count; ++i) {
+        const Image& W = *white.layers[i];
+        const Image& B = *black.layers[i];
+        Image*& out = output.target->layers[i];
+        if (W.format == B.format) {
+            if (!out || out->format != W.format || out->width != width || out->height != height) {
+                delete out;
+                out = new Image(width, height, W.format);
+            }
+            out->fileType = W.fileType == B.fileType ? W.fileType : uint32_t(FileTIFF);
+            out->sampleType = std::max({uint32_t(UInt8), W.sampleType, B.sampleType});
+            if (W.format == Normal) {
+                out->flipNormalX = W.flipNormalX;
+                out->flipNormalY = W.flipNormalY;
+                out->mappedNormalXY = W.mappedNormalXY;
+                out->mappedNormalZ = W.mappedNormalZ;
+            }
+        } else {
+            logMessage(Warning, "The two input surface of the mixed surface have different channel layout!");
+            delete out;
+            out = new Image(width, height, RGBA);
+            out->fileType = FileTGA;
+            out->sampleType = UInt8;
+            const Image& deeper = W.sampleType >= B.sampleType ? W : B;
+            if (deeper.sampleType > out->sampleType) {
+                out->sampleType = deeper.sampleType;
+                out->fileType = deeper.fileType;
+            }
+        }
+        if (!mergeLayer(W, B, mask, maskChannel, *out, context, mergeProgress))
+            return;
+    }
+    logMessage(Success, "MixedSurface synthetize finished.");
+}
+
+} // namespace
+
+void fillFromSource(const Image& source, Image& target, bool tile, SampleMode mode)
+{
+    if (!usable(&source) || target.isEmpty() || source.format != target.format)
+        return;
+    const uint32_t c = target.channels();
+    const int64_t rows = target.height;
+    const float scaleX = float(source.width) / float(target.width);
+    const float scaleY = float(source.height) / float(target.height);
+#pragma omp parallel for num_threads(teamSize()) schedule(static)
+    for (int64_t y = 0; y < rows; ++y) {
+        float* row = target.data + uint64_t(target.width) * c * uint64_t(y);
+        if (tile) {
+            // Whole-pixel positions: the filter cannot change the value.
+            const float* sourceRow = source.data + uint64_t(source.width) * c * (uint64_t(y) % source.height);
+            for (uint32_t x = 0; x < target.width; ++x)
+                std::memcpy(row + uint64_t(c) * x, sourceRow + uint64_t(c) * (x % source.width), c * sizeof(float));
+            continue;
+        }
+        for (uint32_t x = 0; x < target.width; ++x) {
+            Pixel out = Pixel::view(target.format, row + uint64_t(c) * x);
+            source.sample(float(x) * scaleX, float(y) * scaleY, mode, out);
+        }
+    }
+}
+
+void synthesizeMixedSurface(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixed,
+                            const Progress& progress)
+{
+    ImageSynthesizer* output = mixed.synthesizer();
+    if (!output) {
+        logMissing(mixed, "it has no synthesizer");
+        return;
+    }
+    const uint32_t width = output->params->targetWidth;
+    const uint32_t height = output->params->targetHeight;
+    if (!validTargetSize(width, height)) {
+        logMessage(Error, "Cannot synthesize mixed surface '%s' at %u x %u: each side must be 1 to %u pixels and "
+                          "the whole at most %llu pixels.",
+                   mixed.name.c_str(), width, height, maxCacheImageSide, (unsigned long long)maxCacheImagePixels);
+        return;
+    }
+
+    if (!makeMask(context, mixed, width, height, progress) || context.cancelRequested)
+        return;
+    if (!makeSide(context, mixed, true, width, height, progress) || context.cancelRequested)
+        return;
+    if (!makeSide(context, mixed, false, width, height, progress) || context.cancelRequested)
+        return;
+    merge(context, mixed, *output, width, height, progress);
+}
+
+} // namespace Velmor

@@ -1,0 +1,179 @@
+#include "SurfaceSynthesis.h"
+
+#include "LogMessage.h"
+#include "MixedSurfaceSynthesis.h"
+#include "PDGBoundary.h"
+#include "PDG_GridAll.h"
+#include "PSGBoundaryAll.h"
+#include "PSGMasked.h"
+
+#include <memory>
+
+namespace Velmor {
+
+namespace {
+
+// Clears the current synthesizer when a pass ends, however it ends.
+class CurrentSynthesizer
+{
+public:
+    CurrentSynthesizer(SurfaceSynthesisContext& runContext, ImageSynthesizer& synthesizer)
+        : context(runContext)
+    {
+        context.currentSynthesizer = &synthesizer;
+    }
+    ~CurrentSynthesizer() { context.currentSynthesizer = nullptr; }
+
+private:
+    SurfaceSynthesisContext& context;
+};
+
+// One synthesize call on inputs already set. The settings are checked here
+// first, so that a refused run is known (the check logs each problem once;
+// the engine's own check then passes silently).
+bool runPass(SurfaceSynthesisContext& context, ImageSynthesizer& synthesizer, PixelDestGenerator& destination,
+             PixelSourceGenerator& source, const ImageSynthesizer::Progress& progress, int32_t startFilled)
+{
+    if (context.cancelRequested)
+        return false;
+    if (!synthesizer.target || !synthesizer.checkSettings())
+        return false;
+    synthesizer.setSeed(context.seed);
+    {
+        CurrentSynthesizer running(context, synthesizer);
+        // A cancel that arrived between the check above and here would be
+        // cleared by synthesize; the context's flag still ends the run after it.
+        synthesizer.synthesize(&destination, &source, progress, startFilled);
+    }
+    return !context.cancelRequested;
+}
+
+// Forgets the borrowed inputs so that no pointer outlives them.
+void dropInputs(ImageSynthesizer& synthesizer)
+{
+    synthesizer.source = nullptr;
+    synthesizer.directionMap = nullptr;
+    synthesizer.scaleMap = nullptr;
+    synthesizer.writeMask = nullptr;
+}
+
+} // namespace
+
+void requestCancel(SurfaceSynthesisContext& context)
+{
+    context.cancelRequested = true;
+    if (ImageSynthesizer* running = context.currentSynthesizer.load())
+        running->cancelRequested = true;
+}
+
+bool gatherSurfaceLayers(const ProjectData::SurfaceData& surface, LayeredImage& input)
+{
+    for (const ProjectData::SurfaceLayer& layer : surface.layers) {
+        if (!layer.texture) {
+            logMessage(Error, QStringLiteral("Layer '%1' of surface '%2' has no texture; nothing is synthesized.")
+                                  .arg(QString::fromStdString(layer.name), QString::fromStdString(surface.name)));
+            return false;
+        }
+        input.setLayer(layer.name, &layer.texture->image);
+    }
+    return true;
+}
+
+SurfacePassSettings passSettingsOf(const ProjectData::SurfaceData& surface)
+{
+    SurfacePassSettings settings;
+    settings.masked = surface.masked;
+    settings.makeInputSeamless = surface.makeInputSeamless;
+    if (surface.directionMap && surface.useDirectionMap)
+        settings.directionMap = &surface.directionMap->image;
+    if (surface.scaleMap && surface.useScaleMap)
+        settings.scaleMap = &surface.scaleMap->image;
+    return settings;
+}
+
+bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthesizer, LayeredImage& input,
+                      const SurfacePassSettings& settings, const ImageSynthesizer::Progress& progress)
+{
+    // Masked surfaces take masked sources and repair by re-synthesizing the
+    // whole copy; others repair only the patches across the wrapping seams.
+    PSGBoundaryAll boundaryAllSource;
+    PSGMasked maskedSource;
+    PDG_GridAll gridDestination;
+    PDGBoundary boundaryDestination;
+    PixelSourceGenerator& source = settings.masked ? static_cast<PixelSourceGenerator&>(maskedSource)
+                                                   : static_cast<PixelSourceGenerator&>(boundaryAllSource);
+    PixelDestGenerator& seamDestination = settings.masked ? static_cast<PixelDestGenerator&>(gridDestination)
+                                                          : static_cast<PixelDestGenerator&>(boundaryDestination);
+
+    const int32_t targetWidth = int32_t(synthesizer.params->targetWidth);
+    const int32_t targetHeight = int32_t(synthesizer.params->targetHeight);
+    const bool guided = settings.directionMap || settings.scaleMap;
+
+    if (!settings.makeInputSeamless || !guided) {
+        if (context.cancelRequested)
+            return false;
+        synthesizer.setInputs(&input, targetWidth, targetHeight, settings.directionMap, settings.scaleMap, nullptr);
+        const bool done = runPass(context, synthesizer, gridDestination, source, progress, 0);
+        dropInputs(synthesizer);
+        return done;
+    }
+
+    // Seam repair: a clone synthesizes over a copy of the input at its own
+    // size, so that the guided main pass samples a source that tiles.
+    std::unique_ptr<ImageSynthesizer> repairer(synthesizer.clone());
+    if (!repairer || context.cancelRequested)
+        return false;
+    const Image* first = input.layers.empty() ? nullptr : input.layers[0];
+    const int32_t inputWidth = first ? int32_t(first->width) : 0;
+    const int32_t inputHeight = first ? int32_t(first->height) : 0;
+    repairer->setInputs(&input, inputWidth, inputHeight, nullptr, nullptr, nullptr);
+    if (repairer->target)
+        input.copyTo(*repairer->target);
+    const bool repairedFully = runPass(context, *repairer, seamDestination, source, progress, 1);
+
+    // Detach the repaired image so that it survives the clone.
+    std::unique_ptr<LayeredImage> repaired(repairer->target);
+    repairer->ownsTarget = false;
+    repairer->target = nullptr;
+    dropInputs(*repairer);
+    repairer.reset();
+    if (!repairedFully || !repaired)
+        return false;
+
+    synthesizer.setInputs(repaired.get(), targetWidth, targetHeight, settings.directionMap, settings.scaleMap, nullptr);
+    const bool done = runPass(context, synthesizer, gridDestination, boundaryAllSource, progress, 0);
+    dropInputs(synthesizer);
+    return done;
+}
+
+void synthesizeSurface(SurfaceSynthesisContext& context, const ImageSynthesizer::Progress& progress)
+{
+    context.cancelRequested = false;
+    ProjectData::SurfaceData* surface = context.surface;
+    if (!surface)
+        return;
+    logMessage(Info, QStringLiteral("\nSynthesizing surface ") + QString::fromStdString(surface->name));
+
+    if (auto* mixed = dynamic_cast<ProjectData::MixedSurfaceData*>(surface)) {
+        synthesizeMixedSurface(context, *mixed, progress);
+        return;
+    }
+
+    ImageSynthesizer* synthesizer = surface->synthesizer();
+    if (!synthesizer) {
+        logMessage(Error, QStringLiteral("Surface '%1' has no synthesizer.").arg(QString::fromStdString(surface->name)));
+        return;
+    }
+    BorrowedLayers input;
+    if (!gatherSurfaceLayers(*surface, input.image))
+        return;
+    if (surface->masked && surface->maskTexture) {
+        input.image.mask = &surface->maskTexture->image;
+        // A negative channel wraps to a large one, which the mask preparation
+        // replaces by channel 0 like any channel the mask lacks.
+        input.image.maskChannel = uint32_t(surface->maskChannel);
+    }
+    runSurfacePasses(context, *synthesizer, input.image, passSettingsOf(*surface), progress);
+}
+
+} // namespace Velmor
