@@ -2,11 +2,15 @@
 
 #include "LogMessage.h"
 #include "MessageHandler.h"
+#include "ProjectData.h"
+#include "ProjectLoader.h"
+#include "ProjectOverview.h"
 
 #include <QApplication>
 #include <QColor>
+#include <QDir>
 #include <QDockWidget>
-#include <QLabel>
+#include <QFileInfo>
 #include <QMenuBar>
 #include <QTextEdit>
 
@@ -34,19 +38,44 @@ MainWindow* MainWindow::instance()
 }
 
 MainWindow::MainWindow()
+    : store(std::make_unique<Velmor::ProjectData>())
 {
     setWindowTitle(QString(titlePrefix) + "Untitled Project");
     resize(1280, 800);
 
-    auto* placeholder = new QLabel(tr("No surface selected"), this);
-    placeholder->setAlignment(Qt::AlignCenter);
-    setCentralWidget(placeholder);
+    projectOverview = new ProjectOverview(this);
+    projectOverview->showProject(store.get());
+    setCentralWidget(projectOverview);
 
     createMessageLog();
     createMenus();
 
     logMessage(Info, QStringLiteral("Welcome to Ondrels!"));
     logMessage(Info, QStringLiteral("HAVE FUN!"));
+}
+
+MainWindow::~MainWindow() = default;
+
+bool MainWindow::loadProject(const QString& projectDir)
+{
+    const QFileInfo info(projectDir);
+    if (projectDir.isEmpty() || !info.isDir()) {
+        logMessage(Error, QStringLiteral("Project directory not found: ") + projectDir);
+        return false;
+    }
+    const QString path = QDir::cleanPath(info.absoluteFilePath());
+    logMessage(Info, QStringLiteral("Loading project from: ") + path);
+    std::unique_ptr<Velmor::ProjectData> loaded = Velmor::ProjectLoader(path).load();
+    // The overview points into the old store: detach it before that store goes.
+    projectOverview->showProject(nullptr);
+    store = std::move(loaded);
+    directory = path;
+    projectOverview->showProject(store.get());
+    setWindowTitle(QString(titlePrefix) + directory);
+    logMessage(Success, "Project loaded: %d textures, %d surfaces, %d direction maps, %d scale maps",
+               int(store->textures.size()), int(store->surfaces.size()), int(store->directionMaps.size()),
+               int(store->scaleMaps.size()));
+    return true;
 }
 
 void MainWindow::createMenus()

@@ -29,5 +29,9 @@ int main(int argc, char** argv)
 
     MainWindow* window = MainWindow::instance();
     window->show();
+    // One optional argument: a project directory to open.
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() > 1)
+        window->loadProject(arguments.at(1));
     return app.exec();
 }

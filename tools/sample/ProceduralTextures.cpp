@@ -17,6 +17,10 @@ float hash(uint32_t x, uint32_t y, uint32_t seed)
 }
 
 float smooth(float t) { return t * t * (3.0f - 2.0f * t); }
+float smoothStep(float edge0, float edge1, float x) { return smooth(std::clamp((x - edge0) / (edge1 - edge0), 0.0f, 1.0f)); }
+float lerp(float a, float b, float t) { return a + (b - a) * t; }
+
+int32_t wrapIndex(int32_t i, int32_t n) { return ((i % n) + n) % n; }
 
 // Value noise on a lattice of `cells` x `cells` that wraps around.
 float periodicNoise(float u, float v, uint32_t cells, uint32_t seed)
@@ -27,14 +31,13 @@ float periodicNoise(float u, float v, uint32_t cells, uint32_t seed)
     const int32_t y0 = int32_t(std::floor(y));
     const float fx = smooth(x - float(x0));
     const float fy = smooth(y - float(y0));
+    const int32_t n = int32_t(cells);
     auto corner = [&](int32_t cx, int32_t cy) {
-        const uint32_t wx = uint32_t((cx % int32_t(cells) + int32_t(cells)) % int32_t(cells));
-        const uint32_t wy = uint32_t((cy % int32_t(cells) + int32_t(cells)) % int32_t(cells));
-        return hash(wx, wy, seed);
+        return hash(uint32_t(wrapIndex(cx, n)), uint32_t(wrapIndex(cy, n)), seed);
     };
-    const float a = corner(x0, y0) + (corner(x0 + 1, y0) - corner(x0, y0)) * fx;
-    const float b = corner(x0, y0 + 1) + (corner(x0 + 1, y0 + 1) - corner(x0, y0 + 1)) * fx;
-    return a + (b - a) * fy;
+    const float a = lerp(corner(x0, y0), corner(x0 + 1, y0), fx);
+    const float b = lerp(corner(x0, y0 + 1), corner(x0 + 1, y0 + 1), fx);
+    return lerp(a, b, fy);
 }
 
 // Fractal sum of periodic noise, 0..1.
@@ -51,119 +54,232 @@ float fbm(float u, float v, uint32_t baseCells, int octaves, uint32_t seed)
     return sum / total;
 }
 
-// Encodes the normals of a wrapping height field as colour.
+// One jittered feature point per cell of a wrapping grid; queries measure
+// offsets on the torus, so the cell pattern tiles.
+class WrappingCells
+{
+public:
+    // `softness` (pixels) rounds the corners of the border distance; 0 keeps it exact.
+    WrappingCells(uint32_t cells, float period, float jitter, float softness, uint32_t seed)
+        : softness(softness)
+        , cells(int32_t(cells))
+        , cellSize(period / float(cells))
+        , period(period)
+        , px(cells * cells)
+        , py(cells * cells)
+    {
+        const float margin = 0.5f * (1.0f - jitter);
+        for (uint32_t j = 0; j < cells; ++j)
+            for (uint32_t i = 0; i < cells; ++i) {
+                px[i + cells * j] = (float(i) + margin + jitter * hash(i, j, seed)) * cellSize;
+                py[i + cells * j] = (float(j) + margin + jitter * hash(i, j, seed + 7)) * cellSize;
+            }
+    }
+
+    struct Nearest
+    {
+        uint32_t index = 0;
+        float distance = 0.0f; // to the nearest point
+        float border = 0.0f;   // to the nearest cell border (the bisector with a neighbour)
+    };
+
+    Nearest nearest(float x, float y) const
+    {
+        const int32_t ci = int32_t(std::floor(x / cellSize));
+        const int32_t cj = int32_t(std::floor(y / cellSize));
+        float ox[25], oy[25];
+        uint32_t ids[25];
+        int count = 0, best = 0;
+        float bestD2 = 1e30f;
+        for (int32_t j = cj - 2; j <= cj + 2; ++j)
+            for (int32_t i = ci - 2; i <= ci + 2; ++i) {
+                const uint32_t k = uint32_t(wrapIndex(i, cells) + cells * wrapIndex(j, cells));
+                ox[count] = wrapOffset(px[k] - x);
+                oy[count] = wrapOffset(py[k] - y);
+                ids[count] = k;
+                const float d2 = ox[count] * ox[count] + oy[count] * oy[count];
+                if (d2 < bestD2) {
+                    bestD2 = d2;
+                    best = count;
+                }
+                ++count;
+            }
+        // Distance to the bisector between the nearest point a and another
+        // point b: (|b|^2 - |a|^2) / (2 |b - a|), with offsets from the query.
+        // A soft minimum over the bisectors rounds the cell corners, so that
+        // profiles built on it have no creases where two borders meet.
+        float border = 1e30f;
+        float bisector[25];
+        int bisectors = 0;
+        for (int n = 0; n < count; ++n) {
+            if (n == best || ids[n] == ids[best])
+                continue;
+            const float dx = ox[n] - ox[best], dy = oy[n] - oy[best];
+            const float gap = std::sqrt(dx * dx + dy * dy);
+            if (gap < 1e-6f)
+                continue;
+            const float d2 = ox[n] * ox[n] + oy[n] * oy[n];
+            bisector[bisectors] = (d2 - bestD2) / (2.0f * gap);
+            border = std::min(border, bisector[bisectors++]);
+        }
+        if (softness > 0.0f && bisectors > 0) {
+            float sum = 0.0f;
+            for (int n = 0; n < bisectors; ++n)
+                sum += std::exp(-(bisector[n] - border) / softness);
+            border -= softness * std::log(sum);
+        }
+        return {ids[best], std::sqrt(bestD2), border};
+    }
+
+    float size() const { return cellSize; }
+
+private:
+    // Shortest signed offset on a circle of length `period`.
+    float wrapOffset(float d) const
+    {
+        if (d > 0.5f * period)
+            return d - period;
+        if (d < -0.5f * period)
+            return d + period;
+        return d;
+    }
+
+    float softness;
+    int32_t cells;
+    float cellSize;
+    float period;
+    std::vector<float> px, py;
+};
+
+// Encodes the normals of a wrapping height field as colour, +Y towards the
+// top row. `strength` scales the height difference across two pixels.
 Image normalsFromHeight(const Image& height, float strength)
 {
-    const uint32_t n = height.width;
-    Image normal(n, n, RGB);
-    for (uint32_t y = 0; y < n; ++y)
-        for (uint32_t x = 0; x < n; ++x) {
+    const uint32_t w = height.width, h = height.height;
+    Image normal(w, h, RGB);
+#pragma omp parallel for schedule(static)
+    for (int32_t row = 0; row < int32_t(h); ++row)
+        for (uint32_t x = 0, y = uint32_t(row); x < w; ++x) {
             const int32_t ix = int32_t(x), iy = int32_t(y);
             const float dx = height.pixelAt(ix + 1, iy)[0] - height.pixelAt(ix - 1, iy)[0];
             const float dy = height.pixelAt(ix, iy + 1)[0] - height.pixelAt(ix, iy - 1)[0];
-            float nx = -dx * strength, ny = -dy * strength, nz = 1.0f;
-            const float length = std::sqrt(nx * nx + ny * ny + nz * nz);
-            nx /= length;
-            ny /= length;
-            nz /= length;
+            const float nx = -dx * strength, ny = -dy * strength;
+            const float length = std::sqrt(nx * nx + ny * ny + 1.0f);
             Pixel p = normal.pixelAt(ix, iy);
-            p[0] = nx * 0.5f + 0.5f;
-            p[1] = ny * 0.5f + 0.5f;
-            p[2] = nz * 0.5f + 0.5f;
+            p[0] = nx / length * 0.5f + 0.5f;
+            p[1] = ny / length * 0.5f + 0.5f;
+            p[2] = 1.0f / length * 0.5f + 0.5f;
         }
     return normal;
 }
 
-float lerp(float a, float b, float t) { return a + (b - a) * t; }
+void allocateMaterial(Material& m, uint32_t size)
+{
+    m.color.allocate(size, size, RGB);
+    m.height.allocate(size, size, Gray);
+    m.roughness.allocate(size, size, Gray);
+}
+
+void setColor(Image& image, uint32_t x, uint32_t y, float r, float g, float b)
+{
+    Pixel p = image.pixelAt(int32_t(x), int32_t(y));
+    p[0] = std::clamp(r, 0.0f, 1.0f);
+    p[1] = std::clamp(g, 0.0f, 1.0f);
+    p[2] = std::clamp(b, 0.0f, 1.0f);
+}
+
+void setGray(Image& image, uint32_t x, uint32_t y, float value)
+{
+    image.pixelAt(int32_t(x), int32_t(y))[0] = std::clamp(value, 0.0f, 1.0f);
+}
 
 } // namespace
 
 Material cobblestones(uint32_t size, uint32_t seed)
 {
-    // Jittered grid of stone centres, one per cell, distances measured on the torus.
-    const uint32_t cells = 8;
-    const float cellSize = float(size) / float(cells);
-    std::vector<float> px(cells * cells), py(cells * cells);
-    for (uint32_t j = 0; j < cells; ++j)
-        for (uint32_t i = 0; i < cells; ++i) {
-            px[i + cells * j] = (float(i) + 0.2f + 0.6f * hash(i, j, seed)) * cellSize;
-            py[i + cells * j] = (float(j) + 0.2f + 0.6f * hash(i, j, seed + 7)) * cellSize;
-        }
-
     Material m;
-    m.color.allocate(size, size, RGB);
-    m.height.allocate(size, size, Gray);
-    m.roughness.allocate(size, size, Gray);
+    allocateMaterial(m, size);
+    if (size == 0)
+        return m;
     const float period = float(size);
-    for (uint32_t y = 0; y < size; ++y)
-        for (uint32_t x = 0; x < size; ++x) {
-            const int32_t ci = int32_t(float(x) / cellSize);
-            const int32_t cj = int32_t(float(y) / cellSize);
-            float d1 = 1e9f, d2 = 1e9f;
-            uint32_t nearest = 0;
-            for (int32_t j = cj - 2; j <= cj + 2; ++j)
-                for (int32_t i = ci - 2; i <= ci + 2; ++i) {
-                    const uint32_t wi = uint32_t((i + int32_t(cells)) % int32_t(cells));
-                    const uint32_t wj = uint32_t((j + int32_t(cells)) % int32_t(cells));
-                    const uint32_t k = wi + cells * wj;
-                    float dx = std::fabs(float(x) - px[k]);
-                    float dy = std::fabs(float(y) - py[k]);
-                    dx = std::min(dx, period - dx);
-                    dy = std::min(dy, period - dy);
-                    const float d = std::sqrt(dx * dx + dy * dy);
-                    if (d < d1) {
-                        d2 = d1;
-                        d1 = d;
-                        nearest = k;
-                    } else if (d < d2) {
-                        d2 = d;
-                    }
-                }
-            const float u = float(x) / period, v = float(y) / period;
-            const float edge = (d2 - d1) * 0.5f; // distance to the mortar line
-            const float stone = smooth(std::clamp(edge / 7.0f, 0.0f, 1.0f));
-            const float dome = 1.0f - 0.35f * std::clamp(d1 / (cellSize * 0.75f), 0.0f, 1.0f);
-            const float grain = fbm(u, v, 16, 4, seed + 11);
-            const float tone = hash(nearest, 3, seed + 5);
-            const float heightValue = std::clamp(stone * dome * (0.75f + 0.25f * tone) + 0.08f * grain, 0.0f, 1.0f);
+    const WrappingCells stones(6, period, 0.6f, period / 80.0f, seed);
+    // Joint and bevel widths follow the stone size, so any resolution looks alike.
+    const float jointHalfWidth = stones.size() * 0.01f;
+    const float bevel = stones.size() * 0.32f;
+    const float wobble = stones.size() * 0.08f;
 
-            Pixel c = m.color.pixelAt(int32_t(x), int32_t(y));
-            const float stoneR = lerp(0.38f, 0.58f, tone) + 0.12f * (grain - 0.5f);
-            const float stoneG = lerp(0.36f, 0.52f, tone) + 0.10f * (grain - 0.5f);
-            const float stoneB = lerp(0.34f, 0.47f, tone) + 0.08f * (grain - 0.5f);
-            const float mortar = 0.20f + 0.10f * grain;
-            c[0] = lerp(mortar * 1.05f, stoneR, stone);
-            c[1] = lerp(mortar, stoneG, stone);
-            c[2] = lerp(mortar * 0.85f, stoneB, stone);
-            m.height.pixelAt(int32_t(x), int32_t(y))[0] = heightValue;
-            m.roughness.pixelAt(int32_t(x), int32_t(y))[0] =
-                std::clamp(lerp(0.92f, 0.55f + 0.2f * grain, stone), 0.0f, 1.0f);
+    // Every pixel depends only on its position: rows run in parallel.
+#pragma omp parallel for schedule(static)
+    for (int32_t row = 0; row < int32_t(size); ++row)
+        for (uint32_t x = 0, y = uint32_t(row); x < size; ++x) {
+            const float u = float(x) / period, v = float(y) / period;
+            // Bend the cell borders so that stones are not straight-edged polygons.
+            const float bendX = (fbm(u, v, 8, 2, seed + 41) - 0.5f) * 2.0f * wobble;
+            const float bendY = (fbm(u, v, 8, 2, seed + 43) - 0.5f) * 2.0f * wobble;
+            const WrappingCells::Nearest cell = stones.nearest(float(x) + bendX, float(y) + bendY);
+
+            const float grain = fbm(u, v, 32, 4, seed + 11);
+            const float tone = hash(cell.index, 3, seed + 5);
+            const float tint = hash(cell.index, 9, seed + 5);
+            // Quarter-circle profile across the bevel: a rounded stone top.
+            const float t = std::clamp((cell.border - jointHalfWidth) / bevel, 0.0f, 1.0f);
+            const float profile = std::sqrt(1.0f - (1.0f - t) * (1.0f - t));
+            const float centre = std::min(1.0f, cell.distance / stones.size());
+            const float dome = 1.0f - 0.3f * centre * centre;
+            const float stoneTop = (0.6f + 0.3f * tone) * dome;
+            const float mortarLevel = 0.08f + 0.06f * grain;
+            const float heightValue = std::max(mortarLevel, profile * stoneTop + 0.06f * (grain - 0.5f));
+            setGray(m.height, x, y, heightValue);
+
+            const float onStone = smoothStep(0.0f, 0.12f, t);
+            // Stone edges darker, as dirt collects there.
+            const float shade = 0.7f + 0.3f * profile;
+            const float r = (lerp(0.40f, 0.62f, tone) + 0.05f * tint + 0.14f * (grain - 0.5f)) * shade;
+            const float g = (lerp(0.38f, 0.56f, tone) + 0.02f * tint + 0.12f * (grain - 0.5f)) * shade;
+            const float b = (lerp(0.35f, 0.50f, tone) - 0.03f * tint + 0.10f * (grain - 0.5f)) * shade;
+            const float mortar = 0.17f + 0.12f * grain;
+            setColor(m.color, x, y, lerp(mortar * 1.1f, r, onStone), lerp(mortar, g, onStone),
+                     lerp(mortar * 0.85f, b, onStone));
+            // Worn stone tops are smoother than joints and stone edges.
+            setGray(m.roughness, x, y, lerp(0.93f, 0.78f - 0.25f * profile + 0.1f * grain, onStone));
         }
-    m.normal = normalsFromHeight(m.height, 6.0f);
+    m.normal = normalsFromHeight(m.height, 8.0f);
     return m;
 }
 
 Material moss(uint32_t size, uint32_t seed)
 {
     Material m;
-    m.color.allocate(size, size, RGB);
-    m.height.allocate(size, size, Gray);
-    m.roughness.allocate(size, size, Gray);
-    for (uint32_t y = 0; y < size; ++y)
-        for (uint32_t x = 0; x < size; ++x) {
-            const float u = float(x) / float(size), v = float(y) / float(size);
-            const float clumps = fbm(u, v, 6, 3, seed);
-            const float fibres = fbm(u, v, 64, 2, seed + 31);
-            const float heightValue = std::clamp(0.7f * clumps + 0.3f * fibres, 0.0f, 1.0f);
-            const float light = smooth(std::clamp((heightValue - 0.3f) / 0.5f, 0.0f, 1.0f));
-            Pixel c = m.color.pixelAt(int32_t(x), int32_t(y));
-            c[0] = lerp(0.06f, 0.42f, light) + 0.05f * (fibres - 0.5f);
-            c[1] = lerp(0.16f, 0.55f, light) + 0.08f * (fibres - 0.5f);
-            c[2] = lerp(0.04f, 0.12f, light);
-            m.height.pixelAt(int32_t(x), int32_t(y))[0] = heightValue;
-            m.roughness.pixelAt(int32_t(x), int32_t(y))[0] = std::clamp(0.95f - 0.2f * light, 0.0f, 1.0f);
+    allocateMaterial(m, size);
+    if (size == 0)
+        return m;
+    const float period = float(size);
+#pragma omp parallel for schedule(static)
+    for (int32_t row = 0; row < int32_t(size); ++row)
+        for (uint32_t x = 0, y = uint32_t(row); x < size; ++x) {
+            const float u = float(x) / period, v = float(y) / period;
+            // Large patches of moss with some soil showing between them ...
+            const float patches = smoothStep(0.3f, 0.55f, fbm(u, v, 4, 4, seed));
+            // ... made of soft round clumps ...
+            const float clumps = smoothStep(0.25f, 0.75f, fbm(u, v, 20, 3, seed + 17));
+            // ... with fine fibres on top.
+            const float fibres = fbm(u, v, 128, 2, seed + 31);
+            const float growth = patches * (0.35f + 0.65f * clumps);
+            const float heightValue = 0.1f + 0.75f * growth + 0.1f * (fibres - 0.5f) * (0.3f + patches);
+            setGray(m.height, x, y, heightValue);
+
+            // Clump tops catch light and turn yellow-green; hollows stay dark.
+            const float light = smoothStep(0.1f, 0.9f, growth) * (0.85f + 0.3f * fibres);
+            const float hue = fbm(u, v, 8, 2, seed + 53);
+            const float cover = smoothStep(0.02f, 0.3f, growth);
+            const float soil = 0.8f + 0.4f * fibres;
+            const float r = lerp(0.17f * soil, lerp(0.06f, 0.22f + 0.14f * hue, light), cover);
+            const float g = lerp(0.12f * soil, lerp(0.13f, 0.46f, light), cover);
+            const float b = lerp(0.07f * soil, lerp(0.03f, 0.10f, light), cover);
+            setColor(m.color, x, y, r, g, b);
+            setGray(m.roughness, x, y, 0.96f - 0.12f * light);
         }
-    m.normal = normalsFromHeight(m.height, 3.0f);
+    m.normal = normalsFromHeight(m.height, 5.0f);
     return m;
 }
 
@@ -184,11 +300,13 @@ Image swirlDirections(uint32_t size)
     const float centre = float(size) * 0.5f;
     for (uint32_t y = 0; y < size; ++y)
         for (uint32_t x = 0; x < size; ++x) {
-            const float dx = float(x) - centre, dy = float(y) - centre;
-            const float length = std::max(1.0f, std::sqrt(dx * dx + dy * dy));
+            const float dx = float(x) + 0.5f - centre, dy = float(y) + 0.5f - centre;
+            const float length = std::sqrt(dx * dx + dy * dy);
             Pixel p = directions.pixelAt(int32_t(x), int32_t(y));
-            p[0] = -dy / length;
-            p[1] = dx / length;
+            // The centre pixel of an odd size has no tangent: keep the
+            // default direction, up.
+            p[0] = length > 0.0f ? -dy / length : 0.0f;
+            p[1] = length > 0.0f ? dx / length : 1.0f;
             p[2] = 0.0f;
         }
     return directions;
@@ -197,9 +315,10 @@ Image swirlDirections(uint32_t size)
 Image scaleGradient(uint32_t size)
 {
     Image scale(size, size, Gray);
+    const float span = size > 1 ? float(size - 1) : 1.0f;
     for (uint32_t y = 0; y < size; ++y)
         for (uint32_t x = 0; x < size; ++x)
-            scale.pixelAt(int32_t(x), int32_t(y))[0] = 0.5f + float(x) / float(size - 1);
+            scale.pixelAt(int32_t(x), int32_t(y))[0] = 0.5f + float(x) / span;
     return scale;
 }
 

@@ -6,6 +6,7 @@
 
 // Seamless procedural materials for the sample project: every generator
 // wraps around at the image edges, so the maps tile like real source scans.
+// Row 0 is the bottom row, as everywhere in Image; normals point +Y up.
 namespace ProceduralTextures {
 
 struct Material
@@ -16,11 +17,13 @@ struct Material
     Image roughness; // Gray, 0..1
 };
 
+// Rounded stones with sunken mortar joints between them.
 Material cobblestones(uint32_t size, uint32_t seed);
+// Soft green clumps over dark soil.
 Material moss(uint32_t size, uint32_t seed);
-// White blobs on black, for mixing two materials.
+// White blobs on black (exactly 0 or 1), for mixing two materials.
 Image blobMask(uint32_t size, uint32_t seed);
-// Directions that swirl around the centre, as a Normal image of (dx, dy, 0).
+// Unit directions circling the centre, as a Normal image of (dx, dy, 0).
 Image swirlDirections(uint32_t size);
 // Scale from 0.5 on the left to 1.5 on the right.
 Image scaleGradient(uint32_t size);

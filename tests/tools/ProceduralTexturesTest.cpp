@@ -1,0 +1,195 @@
+#include "ProceduralTextures.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+const uint32_t size = 256;
+
+float value(const Image& image, int32_t x, int32_t y, uint32_t channel = 0)
+{
+    return image.pixelAt(x, y)[channel];
+}
+
+// Every map of a material has the size, format and 0..1 range it promises.
+void expectMaterialShape(const ProceduralTextures::Material& m)
+{
+    const std::pair<const Image*, PixelFormat> maps[] = {
+        {&m.color, RGB}, {&m.normal, RGB}, {&m.height, Gray}, {&m.roughness, Gray}};
+    for (const auto& [image, format] : maps) {
+        ASSERT_EQ(image->width, size);
+        ASSERT_EQ(image->height, size);
+        ASSERT_EQ(image->format, format);
+        for (uint64_t i = 0; i < image->floatCount(); ++i)
+            ASSERT_TRUE(image->data[i] >= 0.0f && image->data[i] <= 1.0f) << "float " << i;
+    }
+}
+
+// The normal map decodes to unit vectors facing up, and leans away from the
+// uphill side wherever the height has a clear slope: +X where the height
+// falls to the right, +Y where it falls towards the top row.
+void expectNormalsFollowHeight(const ProceduralTextures::Material& m)
+{
+    int sloped = 0, agreeing = 0;
+    for (int32_t y = 0; y < int32_t(size); ++y)
+        for (int32_t x = 0; x < int32_t(size); ++x) {
+            const float nx = 2.0f * value(m.normal, x, y, 0) - 1.0f;
+            const float ny = 2.0f * value(m.normal, x, y, 1) - 1.0f;
+            const float nz = 2.0f * value(m.normal, x, y, 2) - 1.0f;
+            ASSERT_NEAR(nx * nx + ny * ny + nz * nz, 1.0f, 1e-4f);
+            ASSERT_GT(nz, 0.0f);
+            const float dx = value(m.height, x + 1, y) - value(m.height, x - 1, y);
+            const float dy = value(m.height, x, y + 1) - value(m.height, x, y - 1);
+            for (const auto& [slope, component] : {std::pair{dx, nx}, std::pair{dy, ny}})
+                if (std::fabs(slope) > 0.02f) {
+                    ++sloped;
+                    agreeing += (slope > 0) == (component < 0);
+                }
+        }
+    ASSERT_GT(sloped, int(size * size / 50));
+    EXPECT_EQ(agreeing, sloped);
+}
+
+// Stepping across the wrap-around edge changes a map no more than stepping
+// between neighbouring columns or rows inside it does.
+void expectSeamless(const Image& image)
+{
+    double inner = 0.0, seamX = 0.0, seamY = 0.0;
+    const int32_t n = int32_t(size);
+    for (int32_t i = 0; i < n; ++i) {
+        for (uint32_t c = 0; c < image.channels(); ++c) {
+            for (int32_t x = 0; x + 1 < n; ++x)
+                inner += std::fabs(value(image, x + 1, i, c) - value(image, x, i, c));
+            seamX += std::fabs(value(image, 0, i, c) - value(image, n - 1, i, c));
+            seamY += std::fabs(value(image, i, 0, c) - value(image, i, n - 1, c));
+        }
+    }
+    inner /= double(n - 1);
+    EXPECT_LT(seamX, 2.0 * inner + 1.0);
+    EXPECT_LT(seamY, 2.0 * inner + 1.0);
+}
+
+} // namespace
+
+TEST(ProceduralTextures, CobblestonesAreRoundedStonesInDarkRoughMortar)
+{
+    const ProceduralTextures::Material m = ProceduralTextures::cobblestones(size, 17);
+    expectMaterialShape(m);
+    expectNormalsFollowHeight(m);
+    for (const Image* image : {&m.color, &m.normal, &m.height, &m.roughness})
+        expectSeamless(*image);
+
+    // Low pixels are the joints: a modest share of the area, darker and
+    // rougher than the stone tops.
+    double jointLight = 0.0, topLight = 0.0, jointRough = 0.0, topRough = 0.0;
+    int joints = 0, tops = 0;
+    for (int32_t y = 0; y < int32_t(size); ++y)
+        for (int32_t x = 0; x < int32_t(size); ++x) {
+            const float h = value(m.height, x, y);
+            const float light = value(m.color, x, y, 0) + value(m.color, x, y, 1) + value(m.color, x, y, 2);
+            if (h < 0.2f) {
+                ++joints;
+                jointLight += light;
+                jointRough += value(m.roughness, x, y);
+            } else if (h > 0.5f) {
+                ++tops;
+                topLight += light;
+                topRough += value(m.roughness, x, y);
+            }
+        }
+    const double area = double(size) * size;
+    EXPECT_GT(joints / area, 0.04);
+    EXPECT_LT(joints / area, 0.35);
+    EXPECT_GT(tops / area, 0.3);
+    EXPECT_LT(jointLight / joints, 0.7 * topLight / tops);
+    EXPECT_GT(jointRough / joints, topRough / tops + 0.1);
+
+    // The same seed gives the same stones; another seed moves them.
+    const ProceduralTextures::Material again = ProceduralTextures::cobblestones(size, 17);
+    const ProceduralTextures::Material other = ProceduralTextures::cobblestones(size, 18);
+    int same = 0, differ = 0;
+    for (uint64_t i = 0; i < m.height.floatCount(); ++i) {
+        same += m.height.data[i] == again.height.data[i];
+        differ += std::fabs(m.height.data[i] - other.height.data[i]) > 0.1f;
+    }
+    EXPECT_EQ(uint64_t(same), m.height.floatCount());
+    EXPECT_GT(differ, int(size * size / 10));
+}
+
+TEST(ProceduralTextures, MossIsGreenOnDarkSoilAndRough)
+{
+    const ProceduralTextures::Material m = ProceduralTextures::moss(size, 29);
+    expectMaterialShape(m);
+    expectNormalsFollowHeight(m);
+    for (const Image* image : {&m.color, &m.normal, &m.height, &m.roughness})
+        expectSeamless(*image);
+
+    double r = 0.0, g = 0.0, b = 0.0, lowLight = 0.0, highLight = 0.0;
+    int high = 0, low = 0;
+    float minRoughness = 1.0f;
+    for (int32_t y = 0; y < int32_t(size); ++y)
+        for (int32_t x = 0; x < int32_t(size); ++x) {
+            const float h = value(m.height, x, y);
+            const float light = value(m.color, x, y, 0) + value(m.color, x, y, 1) + value(m.color, x, y, 2);
+            minRoughness = std::min(minRoughness, value(m.roughness, x, y));
+            if (h > 0.5f) {
+                ++high;
+                r += value(m.color, x, y, 0);
+                g += value(m.color, x, y, 1);
+                b += value(m.color, x, y, 2);
+                highLight += light;
+            } else if (h < 0.2f) {
+                ++low;
+                lowLight += light;
+            }
+        }
+    ASSERT_GT(high, int(size * size / 5));
+    ASSERT_GT(low, int(size * size / 50));
+    EXPECT_GT(g, 1.2 * r);
+    EXPECT_GT(r, 1.5 * b);
+    EXPECT_LT(lowLight / low, 0.6 * highLight / high);
+    EXPECT_GT(minRoughness, 0.7f);
+}
+
+TEST(ProceduralTextures, UtilityImages)
+{
+    const Image mask = ProceduralTextures::blobMask(size, 5);
+    ASSERT_EQ(mask.format, Gray);
+    int white = 0;
+    for (uint64_t i = 0; i < mask.floatCount(); ++i) {
+        ASSERT_TRUE(mask.data[i] == 0.0f || mask.data[i] == 1.0f);
+        white += mask.data[i] == 1.0f;
+    }
+    EXPECT_GT(white, int(size * size / 5));
+    EXPECT_LT(white, int(size * size * 4 / 5));
+
+    // Unit directions, tangent to circles around the centre, counter-clockwise,
+    // including the pixels next to the centre.
+    for (uint32_t n : {size, 7u}) {
+        const Image swirl = ProceduralTextures::swirlDirections(n);
+        ASSERT_EQ(swirl.format, Normal);
+        for (int32_t y = 0; y < int32_t(n); ++y)
+            for (int32_t x = 0; x < int32_t(n); ++x) {
+                const float rx = float(x) + 0.5f - 0.5f * float(n), ry = float(y) + 0.5f - 0.5f * float(n);
+                const Pixel p = swirl.pixelAt(x, y);
+                ASSERT_NEAR(p[0] * p[0] + p[1] * p[1], 1.0f, 1e-5f) << x << ", " << y;
+                ASSERT_EQ(p[2], 0.0f);
+                const float radius = std::sqrt(rx * rx + ry * ry);
+                if (radius == 0.0f)
+                    continue; // the centre of an odd size: any unit direction
+                ASSERT_NEAR((rx * p[0] + ry * p[1]) / radius, 0.0f, 1e-5f);
+                ASSERT_GT(rx * p[1] - ry * p[0], 0.0f);
+            }
+    }
+
+    const Image scale = ProceduralTextures::scaleGradient(size);
+    ASSERT_EQ(scale.format, Gray);
+    EXPECT_FLOAT_EQ(value(scale, 0, 9), 0.5f);
+    EXPECT_FLOAT_EQ(value(scale, int32_t(size) - 1, 9), 1.5f);
+    for (int32_t x = 1; x < int32_t(size); ++x)
+        ASSERT_GT(value(scale, x, 3), value(scale, x - 1, 3));
+    const Image single = ProceduralTextures::scaleGradient(1);
+    EXPECT_TRUE(std::isfinite(value(single, 0, 0)));
+}
