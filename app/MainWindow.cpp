@@ -104,6 +104,8 @@ void MainWindow::createMessageLog()
     log->setPalette(palette);
     log->setTextColor(QColor(255, 255, 255));
     addDockWidget(Qt::LeftDockWidgetArea, logDock);
+    // Wide enough for "Loading ... file: name" lines to fit on one line.
+    resizeDocks({logDock}, {380}, Qt::Horizontal);
 }
 
 void MainWindow::onPrintMessage(QString text, int severity)

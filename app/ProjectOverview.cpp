@@ -71,7 +71,8 @@ ProjectOverview::ProjectOverview(QWidget* parent)
     preview = new QLabel(tr("No project loaded"), this);
     preview->setObjectName("RecordPreview");
     preview->setAlignment(Qt::AlignCenter);
-    preview->setMinimumSize(256, 256);
+    preview->setMinimumSize(128, 128);
+    preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     addWidget(tree);
     addWidget(preview);
     setStretchFactor(0, 1);
@@ -95,6 +96,7 @@ void ProjectOverview::showProject(const ProjectData* project)
     // the old store while the tree is rebuilt.
     tree->setCurrentItem(nullptr);
     tree->clear();
+    picture = QImage();
     preview->setPixmap(QPixmap());
     preview->setText(project ? tr("Select a record to see its image") : tr("No project loaded"));
     if (!project)
@@ -140,9 +142,7 @@ void ProjectOverview::showProject(const ProjectData* project)
         if (surface->scaleMap)
             addRow(row, tr("scale map"), referenceText(surface->scaleMap), &surface->scaleMap->image);
     }
-    tree->expandItem(textures);
-    tree->expandItem(maps);
-    tree->expandItem(surfaces);
+    tree->expandAll();
     if (textures->childCount() > 0)
         tree->setCurrentItem(textures->child(0));
 }
@@ -151,9 +151,27 @@ void ProjectOverview::onCurrentItemChanged(QTreeWidgetItem* current)
 {
     const Image* image = current ? reinterpret_cast<const Image*>(current->data(0, imageRole).value<quintptr>()) : nullptr;
     if (!image || image->isEmpty()) {
+        picture = QImage();
         preview->setPixmap(QPixmap());
         preview->setText(current ? tr("No image for this row") : QString());
         return;
     }
-    preview->setPixmap(QPixmap::fromImage(displayImage(*image)));
+    picture = displayImage(*image);
+    fitPicture();
+}
+
+void ProjectOverview::resizeEvent(QResizeEvent* event)
+{
+    QSplitter::resizeEvent(event);
+    fitPicture();
+}
+
+// Shows the picture as large as the preview allows, never enlarged.
+void ProjectOverview::fitPicture()
+{
+    if (picture.isNull())
+        return;
+    const QSize room = preview->size().boundedTo(picture.size());
+    preview->setPixmap(QPixmap::fromImage(
+        room == picture.size() ? picture : picture.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
 }

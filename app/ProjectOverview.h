@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QImage>
 #include <QSplitter>
 
 class Image;
@@ -27,6 +28,12 @@ public:
 
     QTreeWidget* recordTree() const { return tree; }
     QLabel* imagePreview() const { return preview; }
+    // The selected row's image at full size (null when the row has none); the
+    // preview shows it scaled to fit.
+    QImage previewImage() const { return picture; }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
 
 private slots:
     void onCurrentItemChanged(QTreeWidgetItem* current);
@@ -35,6 +42,9 @@ private:
     QTreeWidgetItem* addRow(QTreeWidgetItem* parent, const QString& name, const QString& detail,
                             const Image* image = nullptr);
 
+    void fitPicture();
+
     QTreeWidget* tree = nullptr;
     QLabel* preview = nullptr;
+    QImage picture;
 };

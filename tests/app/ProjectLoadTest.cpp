@@ -81,17 +81,21 @@ TEST(ProjectLoad, SampleProjectFillsLogTitleAndOverview)
     EXPECT_EQ(textures->childCount(), 9);
     ASSERT_NE(findRow(tree, "MossyCobblestones"), nullptr);
     EXPECT_EQ(findRow(tree, "Moss")->childCount(), 6); // four layers, direction and scale map
-    ASSERT_FALSE(overview->imagePreview()->pixmap(Qt::ReturnByValue).isNull());
-    EXPECT_EQ(overview->imagePreview()->pixmap(Qt::ReturnByValue).size(), QSize(512, 512));
+    EXPECT_EQ(overview->previewImage().size(), QSize(512, 512));
+    // On screen it fits the preview.
+    const QPixmap shown = overview->imagePreview()->pixmap(Qt::ReturnByValue);
+    ASSERT_FALSE(shown.isNull());
+    EXPECT_LE(shown.width(), overview->imagePreview()->width());
+    EXPECT_GT(shown.width(), 64);
 
     // A normal map shows bluish; the colour of the cobblestones does not.
     QTreeWidgetItem* normalRow = findRow(tree, "cobblestones_normal");
     ASSERT_NE(normalRow, nullptr);
     tree->setCurrentItem(normalRow);
-    const auto [normalRed, normalBlue] = redAndBlue(overview->imagePreview()->pixmap(Qt::ReturnByValue).toImage());
+    const auto [normalRed, normalBlue] = redAndBlue(overview->previewImage());
     EXPECT_GT(normalBlue, normalRed + 60.0);
     tree->setCurrentItem(findRow(tree, "cobblestones_color"));
-    const auto [colourRed, colourBlue] = redAndBlue(overview->imagePreview()->pixmap(Qt::ReturnByValue).toImage());
+    const auto [colourRed, colourBlue] = redAndBlue(overview->previewImage());
     EXPECT_LT(colourBlue, colourRed + 5.0);
 }
 
