@@ -79,7 +79,7 @@ bool takesValue(const QString& option)
     static const char* const withValue[] = {
         "-o", "--output", "--size", "--method", "--patch-size", "--boundary", "--error-threshold",
         "--max-tries", "--feather", "--seed", "--direction-map", "--scale-map", "--output-mask",
-        "--source-mask", "--layer"};
+        "--source-mask", "--layer", "--project", "--surface"};
     for (const char* name : withValue)
         if (option == QLatin1String(name))
             return true;
@@ -88,7 +88,8 @@ bool takesValue(const QString& option)
 
 bool isFlag(const QString& option)
 {
-    static const char* const flags[] = {"-h", "--help", "-q", "--quiet", "--first-layer-only"};
+    static const char* const flags[] = {"-h", "--help", "-q", "--quiet", "--first-layer-only", "--list",
+                                        "--save-project"};
     for (const char* name : flags)
         if (option == QLatin1String(name))
             return true;
@@ -116,9 +117,18 @@ bool applyOption(const QString& option, const QString& value, CommandLine& cl, Q
             return false;
         }
         cl.outputDir = value;
+    } else if (option == QLatin1String("--project")) {
+        cl.projectDir = value;
+    } else if (option == QLatin1String("--surface")) {
+        cl.surfaceName = value;
+    } else if (option == QLatin1String("--list")) {
+        cl.mode = CommandLine::Mode::ProjectList;
+    } else if (option == QLatin1String("--save-project")) {
+        cl.saveProject = true;
     } else if (option == QLatin1String("--size")) {
         if (!parseSize(value, cl.width, cl.height))
             return badNumber("WIDTHxHEIGHT with both at least 1");
+        cl.sizeGiven = true;
     } else if (option == QLatin1String("--method")) {
         if (value == QLatin1String("blended"))
             cl.cutout = false;
@@ -126,6 +136,7 @@ bool applyOption(const QString& option, const QString& value, CommandLine& cl, Q
             cl.cutout = true;
         else
             return badNumber("blended or cutout");
+        cl.methodGiven = true;
     } else if (option == QLatin1String("--patch-size")) {
         if (!setWhole(value, 1, int32Max, cl.patchSize))
             return badNumber("a whole number of at least 1");
@@ -185,6 +196,44 @@ bool applyOption(const QString& option, const QString& value, CommandLine& cl, Q
     return true;
 }
 
+// Options that describe inputs of the files mode; a project brings its own.
+bool isFileModeOption(const QString& option)
+{
+    static const char* const options[] = {"--direction-map", "--scale-map", "--output-mask", "--source-mask",
+                                          "--layer", "--first-layer-only"};
+    for (const char* name : options)
+        if (option == QLatin1String(name))
+            return true;
+    return false;
+}
+
+// The rules of --project with --list or --surface; sets the mode.
+bool checkProjectMode(CommandLine& cl, QString& error)
+{
+    const bool list = cl.mode == CommandLine::Mode::ProjectList;
+    if (cl.projectDir.isEmpty())
+        error = QStringLiteral("%1 needs --project DIR").arg(list ? "--list" : cl.surfaceName.isEmpty() ? "--save-project" : "--surface");
+    else if (!cl.files.isEmpty())
+        error = QStringLiteral("input files cannot be combined with --project");
+    else if (!cl.fileModeOptions.isEmpty())
+        error = QStringLiteral("%1 cannot be used with --project").arg(cl.fileModeOptions.first());
+    else if (list && !cl.surfaceName.isEmpty())
+        error = QStringLiteral("--list and --surface cannot be combined");
+    else if (!list && cl.surfaceName.isEmpty())
+        error = QStringLiteral("--project needs --list or --surface NAME");
+    else if (list && (!cl.outputDir.isEmpty() || cl.saveProject))
+        error = QStringLiteral("--list writes nothing; it takes no %1").arg(cl.saveProject ? "--save-project" : "-o");
+    else if (!list && cl.outputDir.isEmpty())
+        error = QStringLiteral("no output directory given (-o DIR)");
+    else if (cl.feather && cl.methodGiven && !cl.cutout)
+        error = QStringLiteral("--feather needs --method cutout");
+    if (!error.isEmpty())
+        return false;
+    if (!list)
+        cl.mode = CommandLine::Mode::ProjectSurface;
+    return true;
+}
+
 } // namespace
 
 bool parseCommandLine(const QStringList& arguments, CommandLine& cl, QString& error)
@@ -231,10 +280,15 @@ bool parseCommandLine(const QStringList& arguments, CommandLine& cl, QString& er
         }
         if (!applyOption(option, value, cl, error))
             return false;
+        if (isFileModeOption(option))
+            cl.fileModeOptions << option;
     }
 
     if (cl.mode == CommandLine::Mode::Help)
         return true;
+    if (!cl.projectDir.isEmpty() || !cl.surfaceName.isEmpty() || cl.saveProject
+        || cl.mode == CommandLine::Mode::ProjectList)
+        return checkProjectMode(cl, error);
     if (cl.files.isEmpty() && cl.namedLayers.empty()) {
         error = QStringLiteral("no input files given");
         return false;
@@ -259,6 +313,8 @@ QString usageText()
 {
     return QStringLiteral(
         "Usage: ondrels-synth [options] FILE... -o DIR\n"
+        "       ondrels-synth --project DIR --list\n"
+        "       ondrels-synth --project DIR --surface NAME -o DIR [--save-project] [options]\n"
         "\n"
         "Synthesizes a larger, seamless set of texture layers from the image files and\n"
         "writes one file per layer to DIR, named after the layer, in the format and depth\n"
@@ -287,6 +343,12 @@ QString usageText()
         "  --scale-map FILE          first channel scales the patches (1 = unchanged)\n"
         "  --output-mask FILE        paste only where the first channel is above 0.5\n"
         "  --source-mask FILE[:C]    take patches only where channel C (0-3) is above 0\n"
+        "  --project DIR             a saved project: --list prints its records;\n"
+        "                            --surface NAME synthesizes that surface or mixed\n"
+        "                            surface with its own settings (--size, --method,\n"
+        "                            the patch options and --seed override them)\n"
+        "  --save-project            with --surface: save the project afterwards, so that\n"
+        "                            frozen parts of a mixed surface are kept\n"
         "  -q, --quiet               show only warnings and errors\n"
         "  -h, --help                show this text\n"
         "\n"

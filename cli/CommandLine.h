@@ -13,7 +13,7 @@
 // needs the files (layer purposes, sizes) is checked by the mode that runs.
 struct CommandLine
 {
-    enum class Mode { Help, Files };
+    enum class Mode { Help, Files, ProjectList, ProjectSurface };
 
     Mode mode = Mode::Files;
 
@@ -22,10 +22,17 @@ struct CommandLine
     std::vector<std::pair<QString, QString>> namedLayers;  // --layer NAME=FILE, in order
     QString outputDir;
 
+    // Project modes: --project DIR with --list, or with --surface NAME -o DIR.
+    QString projectDir;
+    QString surfaceName;
+    bool saveProject = false;
+
     // Synthesis settings; unset ones keep the synthesizer's defaults.
     uint32_t width = 1024;
     uint32_t height = 1024;
+    bool sizeGiven = false;   // project modes keep the surface's own size otherwise
     bool cutout = false;
+    bool methodGiven = false; // ... and its own method
     std::optional<int32_t> patchSize;
     std::optional<int32_t> boundary;
     std::optional<float> errorThreshold;
@@ -42,6 +49,10 @@ struct CommandLine
     uint32_t sourceMaskChannel = 0;
 
     bool quiet = false;
+
+    // Options given that only the files mode understands, for the project
+    // modes' usage error.
+    QStringList fileModeOptions;
 };
 
 // Parses `arguments` (without the program name). On failure returns false

@@ -2,6 +2,7 @@
 #include "ConsoleLog.h"
 #include "ExitStatus.h"
 #include "SynthesizeFiles.h"
+#include "SynthesizeProject.h"
 
 #include <QCoreApplication>
 
@@ -26,6 +27,10 @@ int main(int argc, char** argv)
         return ExitSuccess;
     case CommandLine::Mode::Files:
         return synthesizeFiles(commandLine, console);
+    case CommandLine::Mode::ProjectList:
+        return listProject(commandLine);
+    case CommandLine::Mode::ProjectSurface:
+        return synthesizeProjectSurface(commandLine, console);
     }
     return ExitUsage;
 }

@@ -343,7 +343,7 @@ bool mergeLayer(const Image& white, const Image& black, const Image& mask, uint3
 }
 
 // Phase 4. The output takes the layer set of the result with fewer layers.
-void merge(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixed, ImageSynthesizer& output,
+bool merge(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixed, ImageSynthesizer& output,
            uint32_t width, uint32_t height, const Progress& progress)
 {
     logMessage(Info, "MixedSurface Phase 4/4: merging surfaces.");
@@ -357,7 +357,7 @@ void merge(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixe
     output.setInputs(&fewer, int32_t(width), int32_t(height), nullptr, nullptr, nullptr);
     output.source = nullptr;
     if (!output.target || output.target->layerCount() != fewer.layerCount())
-        return;
+        return false;
 
     const size_t count = std::min(white.layerCount(), black.layerCount());
     MergeProgress mergeProgress(progress, uint64_t(count) * height);
@@ -391,9 +391,10 @@ void merge(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixe
             }
         }
         if (!mergeLayer(W, B, mask, maskChannel, *out, context, mergeProgress))
-            return;
+            return false;
     }
     logMessage(Success, "MixedSurface synthetize finished.");
+    return true;
 }
 
 } // namespace
@@ -423,13 +424,13 @@ void fillFromSource(const Image& source, Image& target, bool tile, SampleMode mo
     }
 }
 
-void synthesizeMixedSurface(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixed,
+bool synthesizeMixedSurface(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixed,
                             const Progress& progress)
 {
     ImageSynthesizer* output = mixed.synthesizer();
     if (!output) {
         logMissing(mixed, "it has no synthesizer");
-        return;
+        return false;
     }
     const uint32_t width = output->params->targetWidth;
     const uint32_t height = output->params->targetHeight;
@@ -437,16 +438,16 @@ void synthesizeMixedSurface(SurfaceSynthesisContext& context, ProjectData::Mixed
         logMessage(Error, "Cannot synthesize mixed surface '%s' at %u x %u: each side must be 1 to %u pixels and "
                           "the whole at most %llu pixels.",
                    mixed.name.c_str(), width, height, maxCacheImageSide, (unsigned long long)maxCacheImagePixels);
-        return;
+        return false;
     }
 
     if (!makeMask(context, mixed, width, height, progress) || context.cancelRequested)
-        return;
+        return false;
     if (!makeSide(context, mixed, true, width, height, progress) || context.cancelRequested)
-        return;
+        return false;
     if (!makeSide(context, mixed, false, width, height, progress) || context.cancelRequested)
-        return;
-    merge(context, mixed, *output, width, height, progress);
+        return false;
+    return merge(context, mixed, *output, width, height, progress);
 }
 
 } // namespace Velmor

@@ -11,8 +11,9 @@ namespace Velmor {
 // when frozen, kept from the previous run in the context), then merged into
 // the output of the mixed surface's own synthesizer. Called by
 // synthesizeSurface after its start message. A cancel ends the run between or
-// inside passes; the results of completed phases stay in the context.
-void synthesizeMixedSurface(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixed,
+// inside passes; the results of completed phases stay in the context. True
+// when the merged output is complete.
+bool synthesizeMixedSurface(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixed,
                             const ImageSynthesizer::Progress& progress);
 
 // Fills `target` (allocated, of the source's format) from `source`: tiled, it

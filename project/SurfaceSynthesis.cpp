@@ -146,34 +146,32 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
     return done;
 }
 
-void synthesizeSurface(SurfaceSynthesisContext& context, const ImageSynthesizer::Progress& progress)
+bool synthesizeSurface(SurfaceSynthesisContext& context, const ImageSynthesizer::Progress& progress)
 {
     context.cancelRequested = false;
     ProjectData::SurfaceData* surface = context.surface;
     if (!surface)
-        return;
+        return false;
     logMessage(Info, QStringLiteral("\nSynthesizing surface ") + QString::fromStdString(surface->name));
 
-    if (auto* mixed = dynamic_cast<ProjectData::MixedSurfaceData*>(surface)) {
-        synthesizeMixedSurface(context, *mixed, progress);
-        return;
-    }
+    if (auto* mixed = dynamic_cast<ProjectData::MixedSurfaceData*>(surface))
+        return synthesizeMixedSurface(context, *mixed, progress);
 
     ImageSynthesizer* synthesizer = surface->synthesizer();
     if (!synthesizer) {
         logMessage(Error, QStringLiteral("Surface '%1' has no synthesizer.").arg(QString::fromStdString(surface->name)));
-        return;
+        return false;
     }
     BorrowedLayers input;
     if (!gatherSurfaceLayers(*surface, input.image))
-        return;
+        return false;
     if (surface->masked && surface->maskTexture) {
         input.image.mask = &surface->maskTexture->image;
         // A negative channel wraps to a large one, which the mask preparation
         // replaces by channel 0 like any channel the mask lacks.
         input.image.maskChannel = uint32_t(surface->maskChannel);
     }
-    runSurfacePasses(context, *synthesizer, input.image, passSettingsOf(*surface), progress);
+    return runSurfacePasses(context, *synthesizer, input.image, passSettingsOf(*surface), progress);
 }
 
 } // namespace Velmor

@@ -124,3 +124,40 @@ TEST(CommandLine, RejectsMalformedCommandLines)
     // --layer alone is an input.
     EXPECT_EQ(parseError("--layer x=y.png -o out"), "");
 }
+
+TEST(CommandLine, ProjectModesAndTheirRules)
+{
+    CommandLine cl;
+    ASSERT_EQ(parseError("--project p --list", &cl), "");
+    EXPECT_EQ(cl.mode, CommandLine::Mode::ProjectList);
+    EXPECT_EQ(cl.projectDir, "p");
+
+    ASSERT_EQ(parseError("--project=p --surface Rock -o out --size 64x32 --seed 3 --save-project", &cl), "");
+    EXPECT_EQ(cl.mode, CommandLine::Mode::ProjectSurface);
+    EXPECT_EQ(cl.surfaceName, "Rock");
+    EXPECT_TRUE(cl.saveProject);
+    EXPECT_TRUE(cl.sizeGiven);
+    EXPECT_FALSE(cl.methodGiven);
+    EXPECT_EQ(cl.width, 64u);
+    // Without --size or --method the surface keeps its own.
+    ASSERT_EQ(parseError("--project p --surface Rock -o out --feather 2", &cl), "");
+    EXPECT_FALSE(cl.sizeGiven);
+
+    const std::pair<const char*, const char*> wrong[] = {
+        {"--list", "--project"},
+        {"--surface Rock -o out", "--project"},
+        {"--project p", "--list or --surface"},
+        {"--project p --list --surface Rock", "cannot be combined"},
+        {"--project p --list -o out", "-o"},
+        {"--project p --list --save-project", "--save-project"},
+        {"--project p --surface Rock", "-o DIR"},
+        {"--project p --surface Rock -o out a_col.png", "input files"},
+        {"--project p --surface Rock -o out --direction-map d.png", "--direction-map"},
+        {"--project p --surface Rock -o out --method blended --feather 2", "--feather"},
+        {"--project p --surface", "needs a value"},
+    };
+    for (const auto& [line, part] : wrong) {
+        const QString error = parseError(line);
+        EXPECT_TRUE(error.contains(QLatin1String(part))) << line << ": " << error.toStdString();
+    }
+}

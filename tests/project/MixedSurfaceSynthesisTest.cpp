@@ -38,7 +38,7 @@ struct MixedFixture
         surface.addLayer() = {name, addImageTexture(store, surface.name + name, std::move(image)), mode};
     }
 
-    void run(const ImageSynthesizer::Progress& progress = {}) { synthesizeSurface(context(), progress); }
+    bool run(const ImageSynthesizer::Progress& progress = {}) { return synthesizeSurface(context(), progress); }
     SurfaceSynthesisContext& context() { return *mixed->synthesisContext; }
     LayeredImage* output() { return mixed->synthesizer()->target; }
     Image& mask() { return mixed->maskTexture->image; }
@@ -92,7 +92,7 @@ TEST(MixedSurfaceSynthesis, PureMasksReproduceOneSurfaceExactly)
     f.mixed->tileWhiteSurface = true;
     std::vector<int> progress;
     LogCapture log;
-    f.run([&](int value) { progress.push_back(value); });
+    EXPECT_TRUE(f.run([&](int value) { progress.push_back(value); }));
 
     const std::vector<std::pair<QString, int>> phases = {
         {"\nSynthesizing surface Mix", Info},
@@ -268,7 +268,7 @@ TEST(MixedSurfaceSynthesis, SynthesizedPhasesAndCancel)
         f.mixed->freezeMask = true;
         const LayeredImage* mask = f.context().maskResult.get();
         LogCapture log;
-        f.run([&](int) { requestCancel(f.context()); });
+        EXPECT_FALSE(f.run([&](int) { requestCancel(f.context()); }));
         EXPECT_EQ(log.count(Info, "Phase 1/4"), 0);
         EXPECT_EQ(log.count(Info, "Phase 3/4"), 0);
         EXPECT_EQ(log.count(Success, "MixedSurface synthetize finished."), 0);
@@ -284,7 +284,7 @@ TEST(MixedSurfaceSynthesis, MissingPartsEndTheRunWithAMessage)
     f.mixed->maskTexture = nullptr;
     {
         LogCapture log;
-        f.run();
+        EXPECT_FALSE(f.run());
         EXPECT_EQ(log.count(Error, "no mask image"), 1);
         EXPECT_EQ(f.output(), nullptr);
     }

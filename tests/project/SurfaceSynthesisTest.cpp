@@ -47,7 +47,7 @@ TEST(SurfaceSynthesis, SeamlessWithoutGuidanceRunsOnceAtTargetSize)
     f.surface->useDirectionMap = false; // a map that is not used is no guidance
     const Image colorBefore = f.color->image;
     LogCapture log;
-    synthesizeSurface(f.context(), {});
+    EXPECT_TRUE(synthesizeSurface(f.context(), {}));
 
     EXPECT_EQ(log.count(Info, "Synthesizer started"), 1);
     ASSERT_FALSE(log.messages.empty());
@@ -154,10 +154,10 @@ TEST(SurfaceSynthesis, CancelDuringTheRepairNeverStartsTheMainPass)
     std::vector<ImageSynthesizer*> running;
     {
         LogCapture log;
-        synthesizeSurface(f.context(), [&](int) {
+        EXPECT_FALSE(synthesizeSurface(f.context(), [&](int) {
             running.push_back(f.context().currentSynthesizer.load());
             requestCancel(f.context());
-        });
+        }));
         EXPECT_EQ(log.count(Info, "Synthesizer started"), 1);
         ASSERT_EQ(passPatchTotals(log).size(), 1u);
         EXPECT_LT(passPatchTotals(log)[0], seamsOfInput);
@@ -183,7 +183,7 @@ TEST(SurfaceSynthesis, UnusableSurfacesAreRefusedWithAMessage)
         // A layer without a texture.
         f.surface->addLayer().name = "Empty";
         LogCapture log;
-        synthesizeSurface(f.context(), {});
+        EXPECT_FALSE(synthesizeSurface(f.context(), {}));
         EXPECT_EQ(log.count(Error, "'Empty'"), 1);
         EXPECT_EQ(log.count(Info, "Synthesizer started"), 0);
         EXPECT_EQ(f.output(), nullptr);
@@ -193,7 +193,7 @@ TEST(SurfaceSynthesis, UnusableSurfacesAreRefusedWithAMessage)
         // An impossible target size.
         smallPatches(*f.surface, 0, 40);
         LogCapture log;
-        synthesizeSurface(f.context(), {});
+        EXPECT_FALSE(synthesizeSurface(f.context(), {}));
         EXPECT_GE(log.count(Error), 1);
         EXPECT_EQ(log.count(Info, "Synthesizer started"), 0);
     }
