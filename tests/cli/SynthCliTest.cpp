@@ -1,6 +1,8 @@
 // Runs the built ondrels-synth as a subprocess, the way scripts use it.
 #include "ImageFile.h"
 
+#include "SynthRun.h"
+
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -11,34 +13,6 @@
 #include <cmath>
 
 namespace {
-
-struct RunResult
-{
-    int exitCode = -1;
-    QStringList errorLines; // stderr, one entry per line
-    QString output;         // stdout
-};
-
-// Runs in `workDir` when given: a masked run leaves its diagnostic mask image
-// in the working directory.
-RunResult runSynth(const QStringList& arguments, const QString& workDir = QString())
-{
-    QProcess process;
-    if (!workDir.isEmpty())
-        process.setWorkingDirectory(workDir);
-    process.start(QStringLiteral(ONDRELS_SYNTH_PATH), arguments);
-    RunResult result;
-    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit) {
-        ADD_FAILURE() << "ondrels-synth did not finish normally";
-        process.kill();
-        process.waitForFinished();
-        return result;
-    }
-    result.exitCode = process.exitCode();
-    result.errorLines = QString::fromLocal8Bit(process.readAllStandardError()).split('\n', Qt::SkipEmptyParts);
-    result.output = QString::fromLocal8Bit(process.readAllStandardOutput());
-    return result;
-}
 
 // An 8-bit RGB PNG whose pixel (x, y) is colour(x, y).
 template <typename Colour>

@@ -5,6 +5,8 @@
 #include "ProjectSaver.h"
 #include "SurfaceSynthesisContext.h"
 
+#include "SynthRun.h"
+
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -17,30 +19,6 @@
 using Velmor::ProjectData;
 
 namespace {
-
-struct RunResult
-{
-    int exitCode = -1;
-    QStringList errorLines;
-    QString output;
-};
-
-RunResult runSynth(const QStringList& arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral(ONDRELS_SYNTH_PATH), arguments);
-    RunResult result;
-    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit) {
-        ADD_FAILURE() << "ondrels-synth did not finish normally";
-        process.kill();
-        process.waitForFinished();
-        return result;
-    }
-    result.exitCode = process.exitCode();
-    result.errorLines = QString::fromLocal8Bit(process.readAllStandardError()).split('\n', Qt::SkipEmptyParts);
-    result.output = QString::fromLocal8Bit(process.readAllStandardOutput());
-    return result;
-}
 
 QString writePng(const QString& path, uint32_t size, PixelFormat format, float phase)
 {
