@@ -139,11 +139,20 @@ bool makeSide(SurfaceSynthesisContext& context, const ProjectData::MixedSurfaceD
               uint32_t width, uint32_t height, const Progress& progress)
 {
     std::unique_ptr<LayeredImage>& result = white ? context.whiteResult : context.blackResult;
+    const ProjectData::SurfaceData* surface = white ? mixed.whiteSurface : mixed.blackSurface;
+    // A cache written with the mask frozen too keeps only the first layer of
+    // a frozen surface; merging that would silently drop the other layers.
+    if (result && surface && result->layerCount() < surface->layers.size()) {
+        logMessage(Warning, QStringLiteral("The kept %1 surface of '%2' has %3 of its %4 layers; it is made again.")
+                                .arg(QLatin1String(white ? "white" : "black"), QString::fromStdString(mixed.name))
+                                .arg(result->layerCount())
+                                .arg(surface->layers.size()));
+        result.reset();
+    }
     if (!phaseRuns(result, white ? mixed.freezeWhiteSurface : mixed.freezeBlackSurface))
         return true;
     if (context.cancelRequested)
         return false;
-    const ProjectData::SurfaceData* surface = white ? mixed.whiteSurface : mixed.blackSurface;
     if (!surface || surface->layers.empty()) {
         logMissing(mixed, white ? "the white surface is missing or has no layers"
                                 : "the black surface is missing or has no layers");

@@ -129,7 +129,10 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
     repairer->setInputs(&input, inputWidth, inputHeight, nullptr, nullptr, nullptr);
     if (repairer->target)
         input.copyTo(*repairer->target);
-    const bool repairedFully = runPass(context, *repairer, seamDestination, source, progress, 1);
+    // Unmasked surfaces mend their seams against the copy around them; masked
+    // ones grow the whole copy anew from the masked sources alone.
+    const bool repairedFully
+        = runPass(context, *repairer, seamDestination, source, progress, settings.masked ? 0 : 1);
 
     // Detach the repaired image so that it survives the clone.
     std::unique_ptr<LayeredImage> repaired(repairer->target);

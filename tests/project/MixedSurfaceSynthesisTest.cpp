@@ -164,6 +164,25 @@ TEST(MixedSurfaceSynthesis, FrozenResultsAreKeptAndOthersRemade)
     EXPECT_TRUE(samePixels(*f.output()->layers[0], *f.context().blackResult->layers[0]));
 }
 
+TEST(MixedSurfaceSynthesis, KeptSurfaceMissingLayersIsMadeAgain)
+{
+    // A cache written with the mask frozen too brings back only the first
+    // layer of a frozen surface.
+    MixedFixture f;
+    f.mixed->freezeWhiteSurface = true;
+    f.run();
+    LayeredImage& kept = *f.context().whiteResult;
+    delete kept.layers.back();
+    kept.layers.pop_back();
+    kept.names.pop_back();
+    LogCapture log;
+    f.run();
+    EXPECT_EQ(log.count(Warning, "has 1 of its 2 layers"), 1);
+    EXPECT_EQ(log.count(Info, "MixedSurface Phase 2/4: filling white surface."), 1);
+    ASSERT_EQ(f.output()->layerCount(), 2u);
+    EXPECT_EQ(f.context().whiteResult->layerCount(), 2u);
+}
+
 TEST(MixedSurfaceSynthesis, MaskChannelBeyondTheMaskUsesItsLastChannel)
 {
     MixedFixture f;
