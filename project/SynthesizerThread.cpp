@@ -15,11 +15,14 @@ SynthesizerThread::SynthesizerThread(ProjectData::SurfaceData* surface, QObject*
 
 void SynthesizerThread::progress(int value)
 {
+    if (cancelled && target && target->synthesisContext)
+        requestCancel(*target->synthesisContext);
     emit onProgress(value);
 }
 
 void SynthesizerThread::cancel()
 {
+    cancelled = true;
     if (target && target->synthesisContext)
         requestCancel(*target->synthesisContext);
 }
@@ -28,7 +31,7 @@ void SynthesizerThread::run()
 {
     {
         const ImageSynthesizer::Progress callback = std::bind(&SynthesizerThread::progress, this, std::placeholders::_1);
-        if (target && target->synthesisContext)
+        if (target && target->synthesisContext && !cancelled)
             synthesizeSurface(*target->synthesisContext, callback);
     }
     emit onFinish();

@@ -92,6 +92,21 @@ TEST(SynthesizerThread, CancelStopsTheRunAndStillFinishesOnce)
 
 }
 
+TEST(SynthesizerThread, CancelBeforeTheStartIsNotLost)
+{
+    ThreadFixture f(64);
+    SynthesizerThread thread(f.surface);
+    QSignalSpy finished(&thread, &SynthesizerThread::onFinish);
+    LogCapture log;
+    thread.cancel();
+    thread.start();
+    ASSERT_TRUE(finished.wait(60000));
+    ASSERT_TRUE(thread.wait(10000));
+    EXPECT_EQ(finished.count(), 1);
+    EXPECT_EQ(log.count(Info, "Synthesizer started"), 0);
+    EXPECT_EQ(f.surface->synthesizer()->target, nullptr);
+}
+
 int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);
