@@ -24,10 +24,10 @@ struct RowContext
 
 namespace {
 
-// Pixel-layers one patch operation must touch before a thread team pays:
-// waking and joining a team costs more than a default patch's ring (140 x 140
-// pixels, 3 layers) takes on one core, badly so on a busy machine.
-constexpr int64_t minParallelWork = int64_t(1) << 17;
+// Pixel-layers one patch operation must touch before a thread team pays for
+// waking and joining: tiny patches run on one thread, while a default patch
+// (140 x 140 pixels, 3 layers) gains about 1.8 times on two idle cores.
+constexpr int64_t minParallelWork = int64_t(1) << 12;
 
 // One candidate pixel of one layer at offset (dx, dy). A whole-pixel
 // placement reads the pixel: its bilinear weights are 0, which leaves the
