@@ -3,6 +3,7 @@
 #include "CacheFiles.h"
 #include "ImageFile.h"
 #include "LogMessage.h"
+#include "RunProgress.h"
 #include "SurfaceSynthesis.h"
 
 #include <omp.h>
@@ -450,13 +451,21 @@ bool synthesizeMixedSurface(SurfaceSynthesisContext& context, ProjectData::Mixed
         return false;
     }
 
-    if (!makeMask(context, mixed, width, height, progress) || context.cancelRequested)
+    // The phases share the bar by the layers they make; the merge is quick.
+    const int whiteLayers = mixed.whiteSurface ? int(mixed.whiteSurface->layers.size()) : 0;
+    const int blackLayers = mixed.blackSurface ? int(mixed.blackSurface->layers.size()) : 0;
+    const int units = 2 + whiteLayers + blackLayers;
+    const int maskEnd = 100 / units;
+    const int whiteEnd = 100 * (1 + whiteLayers) / units;
+    const int blackEnd = 100 * (1 + whiteLayers + blackLayers) / units;
+    const RunProgress run(progress);
+    if (!makeMask(context, mixed, width, height, run.stage(0, maskEnd)) || context.cancelRequested)
         return false;
-    if (!makeSide(context, mixed, true, width, height, progress) || context.cancelRequested)
+    if (!makeSide(context, mixed, true, width, height, run.stage(maskEnd, whiteEnd)) || context.cancelRequested)
         return false;
-    if (!makeSide(context, mixed, false, width, height, progress) || context.cancelRequested)
+    if (!makeSide(context, mixed, false, width, height, run.stage(whiteEnd, blackEnd)) || context.cancelRequested)
         return false;
-    return merge(context, mixed, *output, width, height, progress);
+    return merge(context, mixed, *output, width, height, run.stage(blackEnd, 100));
 }
 
 } // namespace Velmor

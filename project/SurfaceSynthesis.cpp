@@ -6,7 +6,9 @@
 #include "PDG_GridAll.h"
 #include "PSGBoundaryAll.h"
 #include "PSGMasked.h"
+#include "RunProgress.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace Velmor {
@@ -109,11 +111,12 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
     const int32_t targetHeight = int32_t(synthesizer.params->targetHeight);
     const bool guided = settings.directionMap || settings.scaleMap;
 
+    const RunProgress run(progress);
     if (!settings.makeInputSeamless || !guided) {
         if (context.cancelRequested)
             return false;
         synthesizer.setInputs(&input, targetWidth, targetHeight, settings.directionMap, settings.scaleMap, nullptr);
-        const bool done = runPass(context, synthesizer, gridDestination, source, progress, 0);
+        const bool done = runPass(context, synthesizer, gridDestination, source, run.stage(0, 100), 0);
         dropInputs(synthesizer);
         return done;
     }
@@ -126,13 +129,17 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
     const Image* first = input.layers.empty() ? nullptr : input.layers[0];
     const int32_t inputWidth = first ? int32_t(first->width) : 0;
     const int32_t inputHeight = first ? int32_t(first->height) : 0;
+    // The two passes share the bar by the pixels they cover.
+    const double inputPixels = double(inputWidth) * inputHeight;
+    const double targetPixels = double(targetWidth) * targetHeight;
+    const int repairShare = int(100.0 * inputPixels / std::max(1.0, inputPixels + targetPixels));
     repairer->setInputs(&input, inputWidth, inputHeight, nullptr, nullptr, nullptr);
     if (repairer->target)
         input.copyTo(*repairer->target);
     // Unmasked surfaces mend their seams against the copy around them; masked
     // ones grow the whole copy anew from the masked sources alone.
     const bool repairedFully
-        = runPass(context, *repairer, seamDestination, source, progress, settings.masked ? 0 : 1);
+        = runPass(context, *repairer, seamDestination, source, run.stage(0, repairShare), settings.masked ? 0 : 1);
 
     // Detach the repaired image so that it survives the clone.
     std::unique_ptr<LayeredImage> repaired(repairer->target);
@@ -144,7 +151,8 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
         return false;
 
     synthesizer.setInputs(repaired.get(), targetWidth, targetHeight, settings.directionMap, settings.scaleMap, nullptr);
-    const bool done = runPass(context, synthesizer, gridDestination, boundaryAllSource, progress, 0);
+    const bool done
+        = runPass(context, synthesizer, gridDestination, boundaryAllSource, run.stage(repairShare, 100), 0);
     dropInputs(synthesizer);
     return done;
 }

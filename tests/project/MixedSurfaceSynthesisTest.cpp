@@ -259,7 +259,15 @@ TEST(MixedSurfaceSynthesis, SynthesizedPhasesAndCancel)
     f.mask() = patternImage(16, 16, Gray);
     {
         LogCapture log;
-        f.run();
+        std::vector<int> progress;
+        f.run([&](int value) { progress.push_back(value); });
+        // One bar over the phases: the synthesized mask and white surface
+        // take their shares (1 and 2 of 6 units), the merge ends it at 100.
+        for (size_t i = 1; i < progress.size(); ++i)
+            EXPECT_GT(progress[i], progress[i - 1]);
+        ASSERT_FALSE(progress.empty());
+        EXPECT_LE(progress.front(), 16);
+        EXPECT_EQ(progress.back(), 100);
         EXPECT_EQ(log.count(Info, "MixedSurface Phase 1/4: mask synthesis."), 1);
         EXPECT_EQ(log.count(Info, "MixedSurface Phase 2/4: white surface synthesis."), 1);
         EXPECT_EQ(log.count(Info, "Synthesizer started"), 2);

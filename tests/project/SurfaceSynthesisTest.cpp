@@ -87,8 +87,12 @@ TEST(SurfaceSynthesis, GuidedSeamlessRepairsTheSeamsBeforeTheMainPass)
     f.surface->useDirectionMap = false;
     const Image colorBefore = f.color->image;
     std::vector<ImageSynthesizer*> running;
+    std::vector<int> progress;
     LogCapture log;
-    synthesizeSurface(f.context(), [&](int) { running.push_back(f.context().currentSynthesizer.load()); });
+    synthesizeSurface(f.context(), [&](int value) {
+        running.push_back(f.context().currentSynthesizer.load());
+        progress.push_back(value);
+    });
 
     // The seam pass visits only the input's first row and column; the main
     // pass the whole target.
@@ -97,6 +101,13 @@ TEST(SurfaceSynthesis, GuidedSeamlessRepairsTheSeamsBeforeTheMainPass)
     EXPECT_NE(running.front(), f.surface->synthesizer()); // the clone repairs
     EXPECT_NE(running.front(), nullptr);
     EXPECT_EQ(running.back(), f.surface->synthesizer());
+    // One bar over both passes: the repair takes the input's share of the
+    // pixels (32 x 32 of 32 x 32 + 48 x 40, about a third), then it only rises.
+    for (size_t i = 1; i < progress.size(); ++i)
+        EXPECT_GT(progress[i], progress[i - 1]);
+    ASSERT_FALSE(progress.empty());
+    EXPECT_LT(progress.front(), 34);
+    EXPECT_GE(progress.back(), 90);
     ASSERT_NE(f.output(), nullptr);
     EXPECT_EQ(f.output()->layers[0]->width, 48u);
     EXPECT_EQ(f.output()->layers[1]->height, 40u);
