@@ -1,6 +1,7 @@
 #include "Image.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -41,7 +42,7 @@ Image& Image::operator=(Image&& other) noexcept
 {
     if (this == &other)
         return *this;
-    delete[] data;
+    freePixels(data);
     data = std::exchange(other.data, nullptr);
     width = std::exchange(other.width, 0);
     height = std::exchange(other.height, 0);
@@ -52,7 +53,7 @@ Image& Image::operator=(Image&& other) noexcept
 
 Image::~Image()
 {
-    delete[] data;
+    freePixels(data);
 }
 
 void Image::copyFieldsFrom(const Image& other)
@@ -66,16 +67,28 @@ void Image::copyFieldsFrom(const Image& other)
     mappedNormalZ = other.mappedNormalZ;
 }
 
+float* Image::newPixels(uint64_t floatCount)
+{
+    if (floatCount == 0 || floatCount > SIZE_MAX / sizeof(float))
+        return nullptr;
+    return static_cast<float*>(std::calloc(size_t(floatCount), sizeof(float)));
+}
+
+void Image::freePixels(float* pixels)
+{
+    std::free(pixels);
+}
+
 void Image::allocate(uint32_t w, uint32_t h, PixelFormat f)
 {
-    delete[] data;
+    freePixels(data);
     data = nullptr;
     width = w;
     height = h;
     format = f;
     const uint64_t n = floatCount();
     if (n > 0)
-        data = new float[n](); // zero-filled
+        data = newPixels(n);
 }
 
 void Image::clear()
@@ -151,12 +164,16 @@ void Image::dropAlpha()
     }
     const uint64_t pixels = pixelCount();
     const uint32_t c = channels();
-    float* rgb = new float[pixels * 3]();
+    float* rgb = newPixels(pixels * 3);
+    if (!rgb) {
+        allocate(width, height, RGB);
+        return;
+    }
     const uint32_t copied = std::min<uint32_t>(c, 3);
     for (uint64_t i = 0; i < pixels; ++i)
         for (uint32_t k = 0; k < copied; ++k)
             rgb[3 * i + k] = data[c * i + k];
-    delete[] data;
+    freePixels(data);
     data = rgb;
 }
 

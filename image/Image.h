@@ -66,7 +66,7 @@ class Image
 {
 public:
     Image() = default;
-    // Takes ownership of `data` (allocated with new[]); a null pointer gets a
+    // Takes ownership of `data` (from newPixels); a null pointer gets a
     // zero-filled buffer of the right size.
     Image(uint32_t width, uint32_t height, PixelFormat format, float* data = nullptr);
     Image(const Image& other);            // deep copy
@@ -74,6 +74,12 @@ public:
     Image(Image&& other) noexcept;
     Image& operator=(Image&& other) noexcept;
     ~Image();
+
+    // Pixel buffers come from calloc: a large one arrives as fresh zeroed
+    // pages, without a separate pass that writes zeros over it. Null when the
+    // memory cannot be had (the image is then empty).
+    static float* newPixels(uint64_t floatCount);
+    static void freePixels(float* pixels);
 
     // Replaces the buffer by a zero-filled one of the given size and format.
     void allocate(uint32_t width, uint32_t height, PixelFormat format);

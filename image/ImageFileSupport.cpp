@@ -99,7 +99,7 @@ bool imageSizeAllowed(const QString& path, uint64_t width, uint64_t height)
 
 float* allocatePixels(const QString& path, uint32_t width, uint32_t height, uint32_t channels)
 {
-    float* pixels = new (std::nothrow) float[uint64_t(width) * height * channels];
+    float* pixels = Image::newPixels(uint64_t(width) * height * channels);
     if (!pixels)
         logLoadFailure(path, QStringLiteral("there is not enough memory for %1 x %2 pixels").arg(width).arg(height));
     return pixels;
@@ -108,7 +108,7 @@ float* allocatePixels(const QString& path, uint32_t width, uint32_t height, uint
 void adoptPixels(Image& image, float* pixels, uint32_t width, uint32_t height, PixelFormat format,
                  uint32_t fileType, uint32_t sampleType)
 {
-    delete[] image.data;
+    Image::freePixels(image.data);
     image.data = pixels;
     image.width = width;
     image.height = height;

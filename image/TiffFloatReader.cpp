@@ -106,7 +106,7 @@ bool readFloatTiff(const QString& path, ImageFileInfo& info, Image& image)
     for (uint32_t r = 0; r < layout.height; ++r) {
         float* row = pixels + uint64_t(layout.width) * c * (layout.height - 1 - r);
         if (TIFFReadScanline(tiff.get(), row, r, 0) != 1) {
-            delete[] pixels;
+            Image::freePixels(pixels);
             logLoadFailure(path, QStringLiteral("row %1 cannot be read (%2)").arg(r).arg(imageLibraryMessage()));
             return false;
         }
