@@ -4,9 +4,9 @@
 #include "ConsoleLog.h"
 #include "ExitStatus.h"
 #include "OutputLayers.h"
+#include "PatchOptions.h"
 #include "PbrPurpose.h"
 
-#include "CutoutPatchSynthesizer.h"
 #include "ImageFile.h"
 #include "ImageSynthesizer.h"
 #include "LayeredImage.h"
@@ -243,19 +243,7 @@ void applySettings(const CommandLine& cl, Velmor::ImageSynthesizer& synthesizer)
     params->targetWidth = cl.width;
     params->targetHeight = cl.height;
     params->useAllLayers = !cl.firstLayerOnly;
-    if (auto* patch = dynamic_cast<Velmor::ImageSynthesizer::PatchSynthesizerParams*>(params)) {
-        if (cl.patchSize)
-            patch->patchSize = *cl.patchSize;
-        if (cl.boundary)
-            patch->patchBoundary = *cl.boundary;
-        if (cl.errorThreshold)
-            patch->errorThreshold = *cl.errorThreshold;
-        if (cl.maxTries)
-            patch->maxTries = *cl.maxTries;
-    }
-    using CutoutParams = Velmor::CutoutPatchSynthesizer::CutoutPatchSynthesizerParams;
-    if (auto* cutout = dynamic_cast<CutoutParams*>(params); cutout && cl.feather)
-        cutout->feather = *cl.feather;
+    applyPatchOptions(cl, params);
     synthesizer.setSeed(cl.seed);
 }
 

@@ -4,6 +4,7 @@
 #include "ConsoleLog.h"
 #include "ExitStatus.h"
 #include "OutputLayers.h"
+#include "PatchOptions.h"
 
 #include "CutoutPatchSynthesizer.h"
 #include "ImageSynthesizer.h"
@@ -100,19 +101,7 @@ int applyOverrides(const CommandLine& cl, ProjectData::SurfaceData& surface)
         ImageSynthesizer* synthesizer = part->synthesizer();
         if (!synthesizer)
             continue;
-        if (auto* patch = dynamic_cast<ImageSynthesizer::PatchSynthesizerParams*>(synthesizer->params)) {
-            if (cl.patchSize)
-                patch->patchSize = *cl.patchSize;
-            if (cl.boundary)
-                patch->patchBoundary = *cl.boundary;
-            if (cl.errorThreshold)
-                patch->errorThreshold = *cl.errorThreshold;
-            if (cl.maxTries)
-                patch->maxTries = *cl.maxTries;
-        }
-        using CutoutParams = Velmor::CutoutPatchSynthesizer::CutoutPatchSynthesizerParams;
-        if (auto* cutout = dynamic_cast<CutoutParams*>(synthesizer->params); cutout && cl.feather)
-            cutout->feather = *cl.feather;
+        applyPatchOptions(cl, synthesizer->params);
     }
     ImageSynthesizer* own = surface.synthesizer();
     if (!own) {
