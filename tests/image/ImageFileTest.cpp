@@ -244,6 +244,38 @@ TEST(ImageFile, ChannelOrderAndRowsMatchWhatOtherEncodersWrite)
     }
 }
 
+TEST(ImageFile, HalfFloatExrLoadsAsFloat)
+{
+    // FreeImage's default EXR flags store half floats, as many tools do.
+    QTemporaryDir dir;
+    const QString path = dir.filePath("half.exr");
+    FIBITMAP* dib = FreeImage_AllocateT(FIT_RGBF, 4, 2);
+    ASSERT_NE(dib, nullptr);
+    for (int y = 0; y < 2; ++y) {
+        auto* row = reinterpret_cast<FIRGBF*>(FreeImage_GetScanLine(dib, y));
+        for (int x = 0; x < 4; ++x)
+            row[x] = FIRGBF{0.25f * float(x), 0.5f * float(y), 3.0f};
+    }
+    const QByteArray name = QFile::encodeName(path);
+    ASSERT_TRUE(FreeImage_Save(FIF_EXR, dib, name.constData(), EXR_DEFAULT));
+    FreeImage_Unload(dib);
+
+    ImageFileInfo info;
+    Image image;
+    ASSERT_TRUE(loadImage(info, path, image));
+    EXPECT_EQ(image.format, RGB);
+    EXPECT_EQ(image.sampleType, uint32_t(Float32));
+    EXPECT_EQ(image.fileType, uint32_t(FileEXR));
+    ASSERT_EQ(image.floatCount(), 24u);
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 4; ++x) {
+            const float* p = image.data + 3 * (x + 4 * y);
+            EXPECT_FLOAT_EQ(p[0], 0.25f * float(x));
+            EXPECT_FLOAT_EQ(p[1], 0.5f * float(y));
+            EXPECT_FLOAT_EQ(p[2], 3.0f);
+        }
+}
+
 TEST(ImageFile, PaletteCmykAndOneBitFilesLoadAsColourOrGrey)
 {
     QTemporaryDir dir;
