@@ -120,6 +120,20 @@ public:
     // flags how the vectors were mapped so that the conversion is reversible.
     void toNormalMap(bool flipX, bool flipY, bool mappedXY, bool mappedZ);
     void fromNormalMap();
+    // fromNormalMap on one vector: the colour this image's flags give it.
+    inline void normalToColour(float* v) const
+    {
+        if (flipNormalX)
+            v[0] = -v[0];
+        if (flipNormalY)
+            v[1] = -v[1];
+        if (mappedNormalXY) {
+            v[0] = v[0] * 0.5f + 0.5f;
+            v[1] = v[1] * 0.5f + 0.5f;
+        }
+        if (mappedNormalZ)
+            v[2] = v[2] * 0.5f + 0.5f;
+    }
     // Removes the average X/Y tilt of a Normal image and renormalises.
     void fixNormalMapSlope();
 

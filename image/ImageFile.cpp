@@ -340,21 +340,6 @@ inline T truncatedSample(float scaled)
     return T(whole);
 }
 
-// Undoes toNormalMap on one pixel, as Image::fromNormalMap does on a whole image.
-inline void normalToColour(const Image& image, float* v)
-{
-    if (image.flipNormalX)
-        v[0] = -v[0];
-    if (image.flipNormalY)
-        v[1] = -v[1];
-    if (image.mappedNormalXY) {
-        v[0] = v[0] * 0.5f + 0.5f;
-        v[1] = v[1] * 0.5f + 0.5f;
-    }
-    if (image.mappedNormalZ)
-        v[2] = v[2] * 0.5f + 0.5f;
-}
-
 template <typename T, typename Convert>
 void writeRows(const Image& image, FIBITMAP* dib, uint32_t stride, const int* position, Convert convert)
 {
@@ -371,7 +356,7 @@ void writeRows(const Image& image, FIBITMAP* dib, uint32_t stride, const int* po
             for (uint32_t k = 1; k < channels; ++k)
                 v[k] = source[k];
             if (normal)
-                normalToColour(image, v);
+                image.normalToColour(v);
             for (uint32_t k = 0; k < channels; ++k)
                 target[position[k]] = convert(v[k]);
         }

@@ -54,19 +54,8 @@ void Image::fromNormalMap()
         return;
     const int64_t pixels = int64_t(pixelCount());
 #pragma omp parallel for schedule(static)
-    for (int64_t i = 0; i < pixels; ++i) {
-        float* p = data + 3 * i;
-        if (flipNormalX)
-            p[0] = -p[0];
-        if (flipNormalY)
-            p[1] = -p[1];
-        if (mappedNormalXY) {
-            p[0] = p[0] * 0.5f + 0.5f;
-            p[1] = p[1] * 0.5f + 0.5f;
-        }
-        if (mappedNormalZ)
-            p[2] = p[2] * 0.5f + 0.5f;
-    }
+    for (int64_t i = 0; i < pixels; ++i)
+        normalToColour(data + 3 * i);
     format = RGB;
 }
 

@@ -27,6 +27,11 @@ bool validImageSize(uint64_t width, uint64_t height)
            && width * height <= maxCacheImagePixels;
 }
 
+bool isSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
+}
+
 // Builds the text-and-bytes stream of a cache file: numbers and words each
 // followed by one space, blocks right after the space of their length.
 class CacheWriter
@@ -38,7 +43,7 @@ public:
         // A space inside a word would split it on reading.
         QByteArray w = QByteArray::fromStdString(text);
         for (char& c : w)
-            if (c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f')
+            if (isSpace(c))
                 c = '_';
         bytes += (w.isEmpty() ? QByteArray("_") : w) + ' ';
     }
@@ -158,7 +163,6 @@ public:
     QString problem;
 
 private:
-    static bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f'; }
     bool fail(const QString& reason)
     {
         if (problem.isEmpty())

@@ -231,22 +231,11 @@ inline void toRgba(const Image& image, const float* p, float* out)
     case RGBA:
         std::memcpy(out, p, 4 * sizeof(float));
         break;
-    case Normal: {
-        float x = image.flipNormalX ? -p[0] : p[0];
-        float y = image.flipNormalY ? -p[1] : p[1];
-        float z = p[2];
-        if (image.mappedNormalXY) {
-            x = x * 0.5f + 0.5f;
-            y = y * 0.5f + 0.5f;
-        }
-        if (image.mappedNormalZ)
-            z = z * 0.5f + 0.5f;
-        out[0] = x;
-        out[1] = y;
-        out[2] = z;
+    case Normal:
+        std::memcpy(out, p, 3 * sizeof(float));
+        image.normalToColour(out);
         out[3] = 1.0f;
         break;
-    }
     default:
         out[0] = out[1] = out[2] = 0.0f;
         out[3] = 1.0f;
@@ -275,8 +264,8 @@ inline void blend(const float* white, const float* black, float w, uint32_t c, b
     }
 }
 
-// Reports merge progress from the calling thread as rows complete; only
-// increases are passed on.
+// Reports merge progress from the calling thread as rows complete (the run's
+// progress passes on only increases).
 class MergeProgress
 {
 public:
@@ -289,18 +278,14 @@ public:
     void rowsDone(uint64_t rows)
     {
         done += rows;
-        const int percent = int(done * 100 / total);
-        if (progress && percent > last) {
-            last = percent;
-            progress(percent);
-        }
+        if (progress)
+            progress(int(done * 100 / total));
     }
 
 private:
     const Progress& progress;
     uint64_t total;
     uint64_t done = 0;
-    int last = -1;
 };
 
 // Merges one layer into `out` (target size) in bands of rows, each band an
