@@ -305,15 +305,10 @@ int synthesizeFiles(const CommandLine& cl, ConsoleLog& console)
     console.endProgress();
 
     // The inputs are no longer needed: free them before saving.
-    synthesizer->directionMap = nullptr;
-    synthesizer->scaleMap = nullptr;
-    synthesizer->writeMask = nullptr;
-    synthesizer->source = nullptr;
+    synthesizer->forgetInputs();
     inputs.release();
 
-    std::unique_ptr<LayeredImage> output(synthesizer->target);
-    synthesizer->ownsTarget = false;
-    synthesizer->target = nullptr;
+    std::unique_ptr<LayeredImage> output(synthesizer->detachTarget());
     synthesizer.reset();
     if (!output || output->layerCount() == 0) {
         logMessage(Error, "Nothing was written to '%s': the synthesis made no layers.", text(cl.outputDir).constData());

@@ -170,9 +170,7 @@ int synthesizeProjectSurface(const CommandLine& cl, ConsoleLog& console)
 
     // Detach the output; it is freed layer by layer as it is written.
     ImageSynthesizer* synthesizer = surface->synthesizer();
-    std::unique_ptr<LayeredImage> output(synthesizer->target);
-    synthesizer->ownsTarget = false;
-    synthesizer->target = nullptr;
+    std::unique_ptr<LayeredImage> output(synthesizer->detachTarget());
     saved.restore();
 
     int status = ExitSuccess;

@@ -209,6 +209,22 @@ void ImageSynthesizer::reset()
     onReset();
 }
 
+LayeredImage* ImageSynthesizer::detachTarget()
+{
+    LayeredImage* output = target;
+    target = nullptr;
+    ownsTarget = false;
+    return output;
+}
+
+void ImageSynthesizer::forgetInputs()
+{
+    source = nullptr;
+    directionMap = nullptr;
+    scaleMap = nullptr;
+    writeMask = nullptr;
+}
+
 bool ImageSynthesizer::checkSettings() const
 {
     bool ok = true;

@@ -73,6 +73,12 @@ public:
     void setInputs(LayeredImage* source, int32_t targetWidth, int32_t targetHeight, Image* directionMap,
                    Image* scaleMap, Image* writeMask);
     void reset();
+    // Hands the output to the caller, who owns it from now on; the
+    // synthesizer is left without one.
+    LayeredImage* detachTarget();
+    // Forgets the source and maps, which it never owns, so that no pointer
+    // outlives them.
+    void forgetInputs();
 
     // Checks the parameters against the source before a run; logs an Error
     // naming each bad setting and returns false when nothing may run.

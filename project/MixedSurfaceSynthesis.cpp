@@ -75,15 +75,6 @@ std::unique_ptr<Image> filledImage(const Image& source, uint32_t width, uint32_t
     return image;
 }
 
-// Takes the output of a synthesizer that is about to be destroyed.
-std::unique_ptr<LayeredImage> detachOutput(ImageSynthesizer& synthesizer)
-{
-    std::unique_ptr<LayeredImage> output(synthesizer.target);
-    synthesizer.ownsTarget = false;
-    synthesizer.target = nullptr;
-    return output;
-}
-
 // A clone of `original` that synthesizes `input` at the mixed surface's size
 // with the mixed surface's seam and guidance settings; null when cancelled
 // or refused.
@@ -98,7 +89,7 @@ std::unique_ptr<LayeredImage> synthesizePart(SurfaceSynthesisContext& context, c
     part->params->targetHeight = height;
     if (!runSurfacePasses(context, *part, input, passSettingsOf(mixed), progress))
         return nullptr;
-    std::unique_ptr<LayeredImage> output = detachOutput(*part);
+    std::unique_ptr<LayeredImage> output(part->detachTarget());
     return usable(output) ? std::move(output) : nullptr;
 }
 

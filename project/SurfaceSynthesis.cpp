@@ -50,15 +50,6 @@ bool runPass(SurfaceSynthesisContext& context, ImageSynthesizer& synthesizer, Pi
     return !context.cancelRequested;
 }
 
-// Forgets the borrowed inputs so that no pointer outlives them.
-void dropInputs(ImageSynthesizer& synthesizer)
-{
-    synthesizer.source = nullptr;
-    synthesizer.directionMap = nullptr;
-    synthesizer.scaleMap = nullptr;
-    synthesizer.writeMask = nullptr;
-}
-
 } // namespace
 
 void requestCancel(SurfaceSynthesisContext& context)
@@ -117,7 +108,7 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
             return false;
         synthesizer.setInputs(&input, targetWidth, targetHeight, settings.directionMap, settings.scaleMap, nullptr);
         const bool done = runPass(context, synthesizer, gridDestination, source, run.stage(0, 100), 0);
-        dropInputs(synthesizer);
+        synthesizer.forgetInputs();
         return done;
     }
 
@@ -142,10 +133,8 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
         = runPass(context, *repairer, seamDestination, source, run.stage(0, repairShare), settings.masked ? 0 : 1);
 
     // Detach the repaired image so that it survives the clone.
-    std::unique_ptr<LayeredImage> repaired(repairer->target);
-    repairer->ownsTarget = false;
-    repairer->target = nullptr;
-    dropInputs(*repairer);
+    std::unique_ptr<LayeredImage> repaired(repairer->detachTarget());
+    repairer->forgetInputs();
     repairer.reset();
     if (!repairedFully || !repaired)
         return false;
@@ -153,7 +142,7 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
     synthesizer.setInputs(repaired.get(), targetWidth, targetHeight, settings.directionMap, settings.scaleMap, nullptr);
     const bool done
         = runPass(context, synthesizer, gridDestination, boundaryAllSource, run.stage(repairShare, 100), 0);
-    dropInputs(synthesizer);
+    synthesizer.forgetInputs();
     return done;
 }
 
