@@ -5,9 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <random>
-#include <vector>
 
 using namespace Velmor;
 
@@ -18,20 +16,14 @@ float referenceDifference(const LayeredPixel& a, const LayeredPixel& b, bool fir
 {
     float sum = 0.0f;
     for (size_t l = 0; l < (firstOnly ? 1 : a.size()); ++l) {
-        const Pixel& p = a[l];
-        const Pixel& q = b[l];
-        float d = 0.0f;
-        switch (p.format) {
-        case Gray: d = std::fabs(p[0] - q[0]); break;
-        case RGB:
-        case RGBA:
+        const Pixel &p = a[l], &q = b[l];
+        if (p.format == Gray)
+            sum += std::fabs(p[0] - q[0]);
+        else if (p.format == Normal)
+            sum += float(1.0 - (double(p[0]) * q[0] + double(p[1]) * q[1] + double(p[2]) * q[2]));
+        else
             for (uint32_t c = 0; c < p.channels(); ++c)
-                d += (p[c] - q[c]) * (p[c] - q[c]);
-            break;
-        case Normal: d = float(1.0 - (double(p[0]) * q[0] + double(p[1]) * q[1] + double(p[2]) * q[2])); break;
-        default: break;
-        }
-        sum += d;
+                sum += (p[c] - q[c]) * (p[c] - q[c]);
     }
     return sum;
 }
@@ -50,16 +42,13 @@ void scribble(LayeredImage& target, unsigned seed)
     std::mt19937 random(seed);
     std::uniform_real_distribution<float> value(0.0f, 1.0f);
     for (Image* layer : target.layers)
-        for (uint64_t i = 0; i < layer->floatCount(); ++i)
-            layer->data[i] = value(random);
-    for (Image* layer : target.layers)
-        if (layer->format == Normal)
-            for (uint64_t i = 0; i < layer->pixelCount(); ++i) {
-                float* n = layer->data + 3 * i;
-                const float len = std::sqrt(n[0] * n[0] + n[1] * n[1] + n[2] * n[2]);
-                for (int c = 0; c < 3; ++c)
-                    n[c] /= len;
-            }
+        for (float* n = layer->data; n < layer->data + layer->floatCount(); n += layer->channels()) {
+            for (uint32_t c = 0; c < layer->channels(); ++c)
+                n[c] = value(random);
+            const float len = layer->format == Normal ? std::sqrt(n[0] * n[0] + n[1] * n[1] + n[2] * n[2]) : 1.0f;
+            for (uint32_t c = 0; c < layer->channels(); ++c)
+                n[c] /= len;
+        }
 }
 
 } // namespace
@@ -81,17 +70,15 @@ TEST(Patch, RecordedErrorsMatchPerPixelReference)
     CutoutPatch patch;
     patch.init(target.get(), 12, 5);
     const int F = patch.fullSize();
-    struct Case { int x, y, sx, sy; float dirX, dirY, scale; bool all; };
-    const Case cases[] = {{-11, -11, 3, 4, 0, 1, 1, true},    {30, 25, 30, 20, 0, 1, 1, true},
-                          {7, 40, -5, 33, 0, 1, 1, false},    {20, 5, 10, 8, 0.6f, 0.8f, 1, true},
-                          {-3, 30, 25, 28, -1, 0, 2.5f, true}, {44, -6, 38, 1, 0.28f, -0.96f, 0.7f, true}};
-    for (const Case& c : cases) {
-        patch.x = c.x;
-        patch.y = c.y;
+    const struct { int x, y, sx, sy; float dirX, dirY, scale; bool all; } cases[] = {
+        {-11, -11, 3, 4, 0, 1, 1, true}, {30, 25, 30, 20, 0, 1, 1, true}, {7, 40, -5, 33, 0, 1, 1, false},
+        {20, 5, 10, 8, 0.6f, 0.8f, 1, true}, {-3, 30, 25, 28, -1, 0, 2.5f, true},
+        {44, -6, 38, 1, 0.28f, -0.96f, 0.7f, true}};
+    for (const auto& c : cases) {
+        patch.x = c.x, patch.y = c.y;
         PatchSource candidate(source.get(), c.sx, c.sy, F / 2, c.dirX, c.dirY, c.scale);
         patch.bestError = -1.0f; // keep the maps where they are
         const float error = patch.evaluate(candidate, filled.data(), c.all);
-        const float* recorded = patch.errorMap->data;
         double sum = 0.0;
         int count = 0;
         for (int dy = 0; dy < F; ++dy)
@@ -105,8 +92,8 @@ TEST(Patch, RecordedErrorsMatchPerPixelReference)
                     sum += expected;
                     ++count;
                 }
-                ASSERT_NEAR(recorded[dy * F + dx], expected, 1e-6f * (1.0f + std::fabs(expected)))
-                    << "dx " << dx << " dy " << dy << " case " << c.sx << "," << c.sy;
+                ASSERT_NEAR(patch.errorMap->data[dy * F + dx], expected, 1e-6f * (1.0f + std::fabs(expected)))
+                    << dx << "," << dy << " case " << c.sx << "," << c.sy;
             }
         ASSERT_GT(count, 0);
         EXPECT_NEAR(error, sum / count, 1e-4 * (1.0 + sum / count));
@@ -120,8 +107,7 @@ TEST(Patch, BlendedPasteKeepsCoreExactAndFadesTheRing)
     std::vector<uint8_t> filled(40 * 40, 0);
     BlendedPatch patch;
     patch.init(target.get(), 10, 4);
-    patch.x = 6;
-    patch.y = 8;
+    patch.x = 6, patch.y = 8;
     PatchSource candidate(source.get(), 5, 7, 9, 0.0f, 1.0f, 1.0f);
 
     // Nothing filled: error 0, the candidate becomes the best one.
@@ -131,13 +117,11 @@ TEST(Patch, BlendedPasteKeepsCoreExactAndFadesTheRing)
     EXPECT_EQ(patch.bestSource, nullptr);
     for (int dy = 0; dy < 18; ++dy)
         for (int dx = 0; dx < 18; ++dx) {
+            // The core is marked filled and copied exactly; unfilled ring pixels are left alone.
             const bool core = dx >= 4 && dx <= 14 && dy >= 4 && dy <= 14;
-            const int tx = 6 + dx, ty = 8 + dy;
-            EXPECT_EQ(filled[ty * 40 + tx], core ? 1 : 0) << dx << "," << dy;
-            if (core) // the colour layer is copied exactly
-                EXPECT_EQ(target->layers[0]->pixelAt(tx, ty)[1], source->layers[0]->pixelAt(5 + dx, 7 + dy)[1]);
-            else // unfilled ring pixels are left alone
-                EXPECT_EQ(target->layers[0]->pixelAt(tx, ty)[0], 0.0f);
+            EXPECT_EQ(filled[(8 + dy) * 40 + 6 + dx], core ? 1 : 0) << dx << "," << dy;
+            EXPECT_EQ(target->layers[0]->pixelAt(6 + dx, 8 + dy)[1],
+                      core ? source->layers[0]->pixelAt(5 + dx, 7 + dy)[1] : 0.0f);
         }
 
     // Over filled content: the outer ring edge (d = 1) keeps the old value,
@@ -153,39 +137,27 @@ TEST(Patch, BlendedPasteKeepsCoreExactAndFadesTheRing)
     const float s = source->layers[2]->pixelAt(5 + 2, 7 + 9)[0];             // dx 2: d = 0.5
     EXPECT_NEAR(grey.pixelAt(8, 17)[0], 0.5f * before.pixelAt(8, 17)[0] + 0.5f * s, 1e-6f);
 
-    // Boundary 0: every pixel is core and the error is always 0.
+    // Boundary 0: every pixel is core and the error is always 0. The write
+    // mask, stretched over the target, keeps the paste to its open left half.
+    Image mask(20, 20, Gray);
+    mask.wrapMode = Clamp;
+    for (int i = 0; i < 20 * 20; ++i)
+        mask.data[i] = i % 20 < 10 ? 1.0f : 0.0f;
+    const Image greyBefore(grey);
     BlendedPatch bare;
     bare.init(target.get(), 8, 0);
-    bare.x = 30; // wraps across the target's right edge
-    bare.y = 35;
+    bare.x = 30, bare.y = 35; // wraps across the target's right and top edges
     PatchSource other(source.get(), 20, 20, 4, 0.0f, 1.0f, 1.0f);
     EXPECT_EQ(bare.evaluate(other, filled.data(), true), 0.0f);
-    bare.paste(filled.data(), nullptr);
+    std::fill(filled.begin(), filled.end(), 0);
+    bare.paste(filled.data(), &mask);
     for (int dy = 0; dy < 8; ++dy)
-        for (int dx = 0; dx < 8; ++dx)
-            EXPECT_EQ(target->layers[2]->pixelAt((30 + dx) % 40, (35 + dy) % 40)[0],
-                      source->layers[2]->pixelAt(20 + dx, 20 + dy)[0]);
-}
-
-TEST(Patch, WriteMaskLimitsThePaste)
-{
-    auto source = EngineTest::makeSource(32, 32);
-    auto target = makeTarget(32, 32, *source);
-    std::vector<uint8_t> filled(32 * 32, 0);
-    Image mask(16, 16, Gray); // left half open
-    for (int y = 0; y < 16; ++y)
-        for (int x = 0; x < 8; ++x)
-            mask.pixelAt(x, y)[0] = 1.0f;
-    BlendedPatch patch;
-    patch.init(target.get(), 20, 0);
-    patch.x = 4;
-    patch.y = 4;
-    PatchSource candidate(source.get(), 2, 2, 10, 0.0f, 1.0f, 1.0f);
-    patch.evaluate(candidate, filled.data(), true);
-    patch.paste(filled.data(), &mask);
-    EXPECT_EQ(filled[10 * 32 + 8], 1);
-    EXPECT_EQ(filled[10 * 32 + 20], 0);
-    EXPECT_EQ(target->layers[0]->pixelAt(20, 10)[0], 0.0f);
+        for (int dx = 0; dx < 8; ++dx) {
+            const int tx = (30 + dx) % 40, ty = (35 + dy) % 40;
+            EXPECT_EQ(filled[ty * 40 + tx], tx < 20 ? 1 : 0) << tx;
+            const Pixel expected = tx < 20 ? source->layers[2]->pixelAt(20 + dx, 20 + dy) : greyBefore.pixelAt(tx, ty);
+            EXPECT_EQ(grey.pixelAt(tx, ty)[0], expected[0]) << tx;
+        }
 }
 
 TEST(Patch, CutoutCutFollowsTheLowErrorValleyAndFillsThePatch)
@@ -197,27 +169,18 @@ TEST(Patch, CutoutCutFollowsTheLowErrorValleyAndFillsThePatch)
     patch.feather = 0;
     const int F = 28;
     // High error everywhere except column 4 of the left strip.
-    float* errors = patch.bestErrorMap->data;
     for (int i = 0; i < F * F; ++i)
-        errors[i] = 1.0f;
-    for (int dy = 0; dy < F; ++dy)
-        errors[dy * F + 4] = 0.0f;
+        patch.bestErrorMap->data[i] = i % F == 4 ? 0.0f : 1.0f;
     patch.computeWeights();
     const float* w = patch.weightImage->data;
-    for (int dy = 8; dy < 20; ++dy) { // away from the other strips
-        for (int dx = 0; dx < 4; ++dx)
-            EXPECT_EQ(w[dy * F + dx], 0.0f) << dx << "," << dy;
-        for (int dx = 4; dx < 20; ++dx)
-            EXPECT_EQ(w[dy * F + dx], 1.0f) << dx << "," << dy;
-    }
+    for (int dy = 8; dy < 20; ++dy) // away from the other strips
+        for (int dx = 0; dx < 20; ++dx)
+            EXPECT_EQ(w[dy * F + dx], dx < 4 ? 0.0f : 1.0f) << dx << "," << dy;
     // Feathered weights rise monotonically across the cut, within 0..1.
     patch.feather = 4;
     patch.computeWeights();
-    for (int dy = 0; dy < F; ++dy)
-        for (int dx = 0; dx < F; ++dx) {
-            ASSERT_GE(w[dy * F + dx], 0.0f);
-            ASSERT_LE(w[dy * F + dx], 1.0f);
-        }
+    for (int i = 0; i < F * F; ++i)
+        ASSERT_TRUE(w[i] >= 0.0f && w[i] <= 1.0f) << i;
     for (int dx = 1; dx < 14; ++dx)
         EXPECT_GE(w[14 * F + dx], w[14 * F + dx - 1]);
     EXPECT_LT(w[14 * F + 1], 0.01f);
@@ -227,8 +190,7 @@ TEST(Patch, CutoutCutFollowsTheLowErrorValleyAndFillsThePatch)
 
     // On an empty target the whole patch takes the source and is filled.
     std::vector<uint8_t> filled(48 * 48, 0);
-    patch.x = 40; // wraps
-    patch.y = 3;
+    patch.x = 40, patch.y = 3; // wraps
     PatchSource candidate(source.get(), 1, 2, 14, 0.0f, 1.0f, 1.0f);
     EXPECT_EQ(patch.evaluate(candidate, filled.data(), true), 0.0f);
     patch.paste(filled.data(), nullptr);

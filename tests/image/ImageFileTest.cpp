@@ -11,28 +11,22 @@
 #include <tiffio.h>
 #include <zlib.h>
 
-#include <cmath>
 #include <cstring>
 #include <vector>
 
 namespace {
 struct LogCapture
 {
-    LogCapture()
-    {
-        connection = QObject::connect(MessageHandler::instance(), &MessageHandler::onMessage,
-                                      [this](QString text, int severity) { lines.push_back({text, severity}); });
-    }
+    QStringList errors;
+    QMetaObject::Connection connection = QObject::connect(
+        MessageHandler::instance(), &MessageHandler::onMessage, [this](QString text, int severity) {
+            if (severity == 2)
+                errors << text;
+        });
+    LogCapture() = default;
+    LogCapture(const LogCapture&) = delete; // the connection captures this
     ~LogCapture() { QObject::disconnect(connection); }
-    bool hasError(const QString& part) const
-    {
-        for (const auto& line : lines)
-            if (line.second == 2 && line.first.contains(part))
-                return true;
-        return false;
-    }
-    std::vector<std::pair<QString, int>> lines;
-    QMetaObject::Connection connection;
+    bool hasError(const QString& part) const { return !errors.filter(part).isEmpty(); }
 };
 
 // Smooth gradients of a different slope in each channel and along each axis,
@@ -49,12 +43,13 @@ Image rampImage(uint32_t w, uint32_t h, PixelFormat format, uint32_t sampleType)
     return image;
 }
 
-// Writes `value` over four bytes, most significant first or last.
-void putUInt32(QByteArray& bytes, int offset, uint32_t value, bool bigEndian)
+// Loads `path`, failing the test (and giving an empty image) when it cannot.
+Image load(const QString& path, ImageFileInfo* info = nullptr)
 {
-    ASSERT_LE(offset + 4, bytes.size());
-    for (int i = 0; i < 4; ++i)
-        bytes[offset + i] = char(value >> (bigEndian ? 24 - 8 * i : 8 * i));
+    ImageFileInfo scratch;
+    Image image;
+    EXPECT_TRUE(loadImage(info ? *info : scratch, path, image)) << path.toStdString();
+    return image;
 }
 
 // What a value reads back as after the truncating integer save.
@@ -67,6 +62,12 @@ float stored(float v, uint32_t sampleType)
     case UInt32: return float(uint32_t(int64_t(v * 4294967296.0f))) * 2.3283064e-10f;
     default: return v;
     }
+}
+
+void putUInt32(QByteArray& bytes, int offset, uint32_t value, bool bigEndian)
+{
+    for (int i = 0; i < 4; ++i)
+        bytes[offset + i] = char(value >> (bigEndian ? 24 - 8 * i : 8 * i));
 }
 
 void writeFile(const QString& path, const QByteArray& bytes)
@@ -82,62 +83,42 @@ QByteArray readFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// A TIFF of `spp` samples per pixel written straight with libtiff; sample
-// (x, y, k) of float files holds y + x / 100 + k / 1000.
-void writeTiff(const QString& path, uint32_t w, uint32_t h, uint16_t spp, uint16_t bps, uint16_t sampleFormat,
-               uint16_t photometric, uint16_t planar = PLANARCONFIG_CONTIG, const uint8_t* bytes = nullptr)
+// A TIFF written straight with libtiff, one row per strip; sample (x, y, k)
+// of float files holds y + x / 100 + k / 1000.
+void writeTiff(const QString& path, uint32_t w, uint32_t h, uint32_t spp, uint32_t bps, uint32_t sampleFormat,
+               uint32_t photometric, uint32_t planar = PLANARCONFIG_CONTIG, const uint8_t* bytes = nullptr)
 {
     TIFF* tiff = TIFFOpen(QFile::encodeName(path).constData(), "w");
     ASSERT_NE(tiff, nullptr);
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, w);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, h);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, spp);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, bps);
-    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, sampleFormat);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, planar);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 1);
-    if (bps == 32 && sampleFormat == SAMPLEFORMAT_IEEEFP) {
+    const bool floats = bps == 32 && sampleFormat == SAMPLEFORMAT_IEEEFP;
+    for (auto [tag, value] : {std::pair{TIFFTAG_IMAGEWIDTH, w}, {TIFFTAG_IMAGELENGTH, h},
+                              {TIFFTAG_SAMPLESPERPIXEL, spp}, {TIFFTAG_BITSPERSAMPLE, bps},
+                              {TIFFTAG_SAMPLEFORMAT, sampleFormat}, {TIFFTAG_PHOTOMETRIC, photometric},
+                              {TIFFTAG_PLANARCONFIG, planar}, {TIFFTAG_ROWSPERSTRIP, 1u}})
+        TIFFSetField(tiff, tag, value);
+    if (floats) {
         TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
         TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_FLOATINGPOINT);
     }
-    const uint16_t planes = planar == PLANARCONFIG_CONTIG ? 1 : spp;
     std::vector<uint8_t> row(size_t(TIFFScanlineSize64(tiff)));
-    for (uint16_t p = 0; p < planes; ++p)
+    for (uint16_t p = 0; p < (planar == PLANARCONFIG_CONTIG ? 1 : spp); ++p)
         for (uint32_t y = 0; y < h; ++y) {
             if (bytes)
                 std::memcpy(row.data(), bytes + row.size() * y, row.size());
-            else if (bps == 32 && sampleFormat == SAMPLEFORMAT_IEEEFP)
-                for (size_t i = 0; i < row.size() / 4; ++i) {
-                    const float v = float(y) + float(i / spp) / 100.0f + float(i % spp) / 1000.0f;
-                    std::memcpy(row.data() + 4 * i, &v, 4);
-                }
+            for (size_t i = 0; floats && i < row.size() / 4; ++i) {
+                const float v = float(y) + float(i / spp) / 100.0f + float(i % spp) / 1000.0f;
+                std::memcpy(row.data() + 4 * i, &v, 4);
+            }
             ASSERT_EQ(TIFFWriteScanline(tiff, row.data(), y, p), 1);
         }
     TIFFClose(tiff);
-}
-
-bool freeImageLoads(const QString& path)
-{
-    FIBITMAP* dib = FreeImage_Load(FIF_TIFF, QFile::encodeName(path).constData(), 0);
-    if (dib)
-        FreeImage_Unload(dib);
-    return dib != nullptr;
 }
 }
 
 TEST(ImageFile, RoundTripsEveryFormatAndDepth)
 {
-    struct Case
-    {
-        const char* name;
-        PixelFormat format;
-        uint32_t sampleType;
-        FREE_IMAGE_TYPE fileType;
-        unsigned bpp;
-        float tolerance;
-    };
-    const Case cases[] = {
+    const struct { const char* name; PixelFormat format; uint32_t sampleType;
+                   FREE_IMAGE_TYPE fileType; unsigned bpp; float tolerance; } cases[] = {
         {"grey8.png", Gray, UInt8, FIT_BITMAP, 8, 0},      {"grey16.png", Gray, UInt16, FIT_UINT16, 16, 0},
         {"rgb16.png", RGB, UInt16, FIT_RGB16, 48, 0},      {"rgba16.png", RGBA, UInt16, FIT_RGBA16, 64, 0},
         {"rgb8.bmp", RGB, UInt8, FIT_BITMAP, 24, 0},       {"rgba8.tga", RGBA, UInt8, FIT_BITMAP, 32, 0},
@@ -147,7 +128,7 @@ TEST(ImageFile, RoundTripsEveryFormatAndDepth)
         {"greyf.exr", Gray, Float32, FIT_FLOAT, 32, 0},    {"rgb8.jpg", RGB, UInt8, FIT_BITMAP, 24, 0.06f},
     };
     QTemporaryDir dir;
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const QString path = dir.filePath(QString::fromLatin1(c.name));
         const Image original = rampImage(13, 7, c.format, c.sampleType);
@@ -162,35 +143,19 @@ TEST(ImageFile, RoundTripsEveryFormatAndDepth)
         FreeImage_Unload(dib);
 
         ImageFileInfo info;
-        Image loaded;
-        ASSERT_TRUE(loadImage(info, path, loaded));
-        EXPECT_EQ(loaded.format, c.format);
-        EXPECT_EQ(loaded.sampleType, c.sampleType);
+        const Image loaded = load(path, &info);
+        EXPECT_TRUE(loaded.format == c.format && loaded.sampleType == c.sampleType);
         EXPECT_TRUE(path.endsWith(extensionForFileType(loaded.fileType)));
-        EXPECT_EQ(info.width, 13u);
-        EXPECT_EQ(info.height, 7u);
-        EXPECT_EQ(info.channels, original.channels());
+        EXPECT_TRUE(info.width == 13 && info.height == 7 && info.channels == original.channels());
         ASSERT_EQ(loaded.floatCount(), original.floatCount());
         for (uint64_t i = 0; i < original.floatCount(); ++i)
             ASSERT_NEAR(loaded.data[i], stored(original.data[i], c.sampleType), c.tolerance + 1e-7f) << "float " << i;
     }
 }
 
-TEST(ImageFile, TruncatesAndKeepsImagesUnchanged)
+TEST(ImageFile, NormalMapsAreSavedAsColourAndKeptUnchanged)
 {
     QTemporaryDir dir;
-    Image grey(2, 1, Gray);
-    grey.sampleType = UInt8;
-    grey.data[0] = 1.0f;
-    grey.data[1] = 0.999f;
-    ASSERT_TRUE(saveImage(dir.filePath("t.png"), grey));
-    FIBITMAP* dib = FreeImage_Load(FIF_PNG, QFile::encodeName(dir.filePath("t.png")).constData(), 0);
-    ASSERT_NE(dib, nullptr);
-    EXPECT_EQ(FreeImage_GetScanLine(dib, 0)[0], 255);
-    EXPECT_EQ(FreeImage_GetScanLine(dib, 0)[1], 254);
-    FreeImage_Unload(dib);
-
-    // A normal map is written as colour and stays a normal map, flags and all.
     Image normal(3, 2, RGB);
     for (uint64_t i = 0; i < normal.floatCount(); ++i)
         normal.data[i] = float(i) / 18.0f;
@@ -198,8 +163,7 @@ TEST(ImageFile, TruncatesAndKeepsImagesUnchanged)
     normal.sampleType = UInt8;
     const Image before = normal;
     ASSERT_TRUE(saveImage(dir.filePath("n.png"), normal));
-    EXPECT_EQ(normal.format, Normal);
-    EXPECT_TRUE(normal.flipNormalX && !normal.flipNormalY && normal.mappedNormalXY && normal.mappedNormalZ);
+    EXPECT_TRUE(normal.format == Normal && normal.flipNormalX && !normal.flipNormalY);
     EXPECT_EQ(std::memcmp(normal.data, before.data, before.floatCount() * sizeof(float)), 0);
     Image colour = before;
     colour.fromNormalMap();
@@ -207,8 +171,7 @@ TEST(ImageFile, TruncatesAndKeepsImagesUnchanged)
     Image loaded;
     loaded.wrapMode = Clamp;
     ASSERT_TRUE(loadImage(info, dir.filePath("n.png"), loaded));
-    EXPECT_EQ(loaded.format, RGB);
-    EXPECT_EQ(loaded.wrapMode, Clamp); // kept, as allocate keeps it
+    EXPECT_TRUE(loaded.format == RGB && loaded.wrapMode == Clamp); // the wrap mode is kept, as allocate keeps it
     for (uint64_t i = 0; i < colour.floatCount(); ++i)
         EXPECT_FLOAT_EQ(loaded.data[i], stored(colour.data[i], UInt8));
 }
@@ -229,17 +192,13 @@ TEST(ImageFile, ChannelOrderAndRowsMatchWhatOtherEncodersWrite)
             EXPECT_TRUE(path.endsWith(".tif")); // Qt's TIFF plugin is optional
             continue;
         }
-        ImageFileInfo info;
-        Image image;
-        ASSERT_TRUE(loadImage(info, path, image));
-        ASSERT_EQ(image.width, 3u);
-        ASSERT_EQ(image.height, 2u);
-        const uint32_t c = image.channels();
+        const Image image = load(path);
+        ASSERT_TRUE(image.width == 3 && image.height == 2);
         for (int i = 0; i < 6; ++i) {
-            const float* p = image.data + c * ((i % 3) + 3 * (1 - i / 3)); // top row is image row 1
-            EXPECT_FLOAT_EQ(p[0], qRed(colours[i]) / 255.0f) << i;
-            EXPECT_FLOAT_EQ(p[1], qGreen(colours[i]) / 255.0f) << i;
-            EXPECT_FLOAT_EQ(p[2], qBlue(colours[i]) / 255.0f) << i;
+            const float* p = image.data + image.channels() * ((i % 3) + 3 * (1 - i / 3)); // top row is image row 1
+            const int rgb[3] = {qRed(colours[i]), qGreen(colours[i]), qBlue(colours[i])};
+            for (int k = 0; k < 3; ++k)
+                EXPECT_FLOAT_EQ(p[k], rgb[k] / 255.0f) << i;
         }
     }
 }
@@ -250,30 +209,19 @@ TEST(ImageFile, HalfFloatExrLoadsAsFloat)
     QTemporaryDir dir;
     const QString path = dir.filePath("half.exr");
     FIBITMAP* dib = FreeImage_AllocateT(FIT_RGBF, 4, 2);
-    ASSERT_NE(dib, nullptr);
-    for (int y = 0; y < 2; ++y) {
-        auto* row = reinterpret_cast<FIRGBF*>(FreeImage_GetScanLine(dib, y));
+    for (int y = 0; y < 2; ++y)
         for (int x = 0; x < 4; ++x)
-            row[x] = FIRGBF{0.25f * float(x), 0.5f * float(y), 3.0f};
-    }
-    const QByteArray name = QFile::encodeName(path);
-    ASSERT_TRUE(FreeImage_Save(FIF_EXR, dib, name.constData(), EXR_DEFAULT));
+            reinterpret_cast<FIRGBF*>(FreeImage_GetScanLine(dib, y))[x] = {0.25f * float(x), 0.5f * float(y), 3.0f};
+    ASSERT_TRUE(FreeImage_Save(FIF_EXR, dib, QFile::encodeName(path).constData(), EXR_DEFAULT));
     FreeImage_Unload(dib);
 
-    ImageFileInfo info;
-    Image image;
-    ASSERT_TRUE(loadImage(info, path, image));
-    EXPECT_EQ(image.format, RGB);
-    EXPECT_EQ(image.sampleType, uint32_t(Float32));
-    EXPECT_EQ(image.fileType, uint32_t(FileEXR));
+    const Image image = load(path);
+    EXPECT_TRUE(image.format == RGB && image.sampleType == Float32 && image.fileType == FileEXR);
     ASSERT_EQ(image.floatCount(), 24u);
-    for (int y = 0; y < 2; ++y)
-        for (int x = 0; x < 4; ++x) {
-            const float* p = image.data + 3 * (x + 4 * y);
-            EXPECT_FLOAT_EQ(p[0], 0.25f * float(x));
-            EXPECT_FLOAT_EQ(p[1], 0.5f * float(y));
-            EXPECT_FLOAT_EQ(p[2], 3.0f);
-        }
+    for (int i = 0; i < 8; ++i) {
+        const float* p = image.data + 3 * i;
+        EXPECT_TRUE(p[0] == 0.25f * float(i % 4) && p[1] == 0.5f * float(i / 4) && p[2] == 3.0f) << i;
+    }
 }
 
 TEST(ImageFile, PaletteCmykAndOneBitFilesLoadAsColourOrGrey)
@@ -285,8 +233,7 @@ TEST(ImageFile, PaletteCmykAndOneBitFilesLoadAsColourOrGrey)
     indexed.setPixel(1, 0, 1);
     ASSERT_TRUE(indexed.save(dir.filePath("pal.png")));
     ImageFileInfo info;
-    Image image;
-    ASSERT_TRUE(loadImage(info, dir.filePath("pal.png"), image));
+    Image image = load(dir.filePath("pal.png"), &info);
     ASSERT_EQ(image.format, RGBA);
     EXPECT_EQ(info.bitsPerPixel, 8u);
     const float expected[8] = {1, 128 / 255.f, 0, 1, 0, 64 / 255.f, 1, 100 / 255.f};
@@ -296,7 +243,7 @@ TEST(ImageFile, PaletteCmykAndOneBitFilesLoadAsColourOrGrey)
     // Cyan ink only, and cyan with half black.
     const uint8_t cmyk[8] = {255, 0, 0, 0, 255, 0, 0, 128};
     writeTiff(dir.filePath("cmyk.tif"), 2, 1, 4, 8, SAMPLEFORMAT_UINT, PHOTOMETRIC_SEPARATED, PLANARCONFIG_CONTIG, cmyk);
-    ASSERT_TRUE(loadImage(info, dir.filePath("cmyk.tif"), image));
+    image = load(dir.filePath("cmyk.tif"));
     ASSERT_EQ(image.format, RGB);
     EXPECT_NEAR(image.data[0], 0.0f, 0.01f);
     EXPECT_NEAR(image.data[1], 1.0f, 0.01f);
@@ -305,27 +252,26 @@ TEST(ImageFile, PaletteCmykAndOneBitFilesLoadAsColourOrGrey)
     // Ten pixels in two bytes per row: the last six bits are padding.
     const uint8_t bits[4] = {0xA5, 0xC0, 0xA5, 0xC0};
     const float pattern[10] = {1, 0, 1, 0, 0, 1, 0, 1, 1, 1};
-    for (uint16_t photometric : {PHOTOMETRIC_MINISBLACK, PHOTOMETRIC_MINISWHITE}) {
+    for (uint32_t photometric : {PHOTOMETRIC_MINISBLACK, PHOTOMETRIC_MINISWHITE}) {
         writeTiff(dir.filePath("bits.tif"), 10, 2, 1, 1, SAMPLEFORMAT_UINT, photometric, PLANARCONFIG_CONTIG, bits);
-        ASSERT_TRUE(loadImage(info, dir.filePath("bits.tif"), image));
-        ASSERT_EQ(image.format, Gray);
-        EXPECT_EQ(image.sampleType, UInt8);
+        image = load(dir.filePath("bits.tif"));
+        ASSERT_TRUE(image.format == Gray && image.sampleType == UInt8);
         for (int x = 0; x < 10; ++x)
             EXPECT_EQ(image.data[x], photometric == PHOTOMETRIC_MINISBLACK ? pattern[x] : 1 - pattern[x]) << x;
     }
     const uint8_t whiteIsZero[2] = {0, 255};
     writeTiff(dir.filePath("white.tif"), 2, 1, 1, 8, SAMPLEFORMAT_UINT, PHOTOMETRIC_MINISWHITE, PLANARCONFIG_CONTIG,
               whiteIsZero);
-    ASSERT_TRUE(loadImage(info, dir.filePath("white.tif"), image));
-    EXPECT_EQ(image.data[0], 1.0f);
-    EXPECT_EQ(image.data[1], 0.0f);
+    image = load(dir.filePath("white.tif"));
+    ASSERT_EQ(image.format, Gray);
+    EXPECT_TRUE(image.data[0] == 1.0f && image.data[1] == 0.0f);
 }
 
 TEST(ImageFile, FloatTiffsFreeImageRefusesLoadThroughLibtiff)
 {
     QTemporaryDir dir;
     // Lab float files are refused by FreeImage; float CMYK would make it abort.
-    const struct { const char* name; uint16_t spp, photometric; PixelFormat format; } cases[] = {
+    const struct { const char* name; uint32_t spp, photometric; PixelFormat format; } cases[] = {
         {"lab3.tif", 3, PHOTOMETRIC_CIELAB, RGB},
         {"cmyk4.tif", 4, PHOTOMETRIC_SEPARATED, RGBA},
         {"wärme テクスチャ.tif", 3, PHOTOMETRIC_CIELAB, RGB},
@@ -334,15 +280,12 @@ TEST(ImageFile, FloatTiffsFreeImageRefusesLoadThroughLibtiff)
         SCOPED_TRACE(c.name);
         const QString path = dir.filePath(QString::fromUtf8(c.name));
         writeTiff(path, 5, 3, c.spp, 32, SAMPLEFORMAT_IEEEFP, c.photometric);
-        if (c.photometric == PHOTOMETRIC_CIELAB) {
-            ASSERT_FALSE(freeImageLoads(path)); // so the fall-back is really exercised
+        if (c.photometric == PHOTOMETRIC_CIELAB) { // so the fall-back is really exercised
+            ASSERT_EQ(FreeImage_Load(FIF_TIFF, QFile::encodeName(path).constData(), 0), nullptr);
         }
         ImageFileInfo info;
-        Image image;
-        ASSERT_TRUE(loadImage(info, path, image));
-        EXPECT_EQ(image.format, c.format);
-        EXPECT_EQ(image.fileType, uint32_t(FileTIFF));
-        EXPECT_EQ(image.sampleType, uint32_t(Float32));
+        const Image image = load(path, &info);
+        ASSERT_TRUE(image.format == c.format && image.fileType == FileTIFF && image.sampleType == Float32);
         EXPECT_EQ(info.bitsPerPixel, 32u * c.spp);
         for (uint32_t y = 0; y < 3; ++y)
             for (uint32_t x = 0; x < 5; ++x)
@@ -355,17 +298,17 @@ TEST(ImageFile, BadFilesFailWithAMessageAndLeaveTheImageAlone)
 {
     QTemporaryDir dir;
     Image valid = rampImage(64, 64, RGB, UInt8);
-    ASSERT_TRUE(saveImage(dir.filePath("valid.png"), valid));
-    ASSERT_TRUE(saveImage(dir.filePath("valid.jpg"), valid));
-    valid.sampleType = UInt16;
-    ASSERT_TRUE(saveImage(dir.filePath("valid.tif"), valid));
-    valid.sampleType = Float32;
-    ASSERT_TRUE(saveImage(dir.filePath("valid.exr"), valid));
-    valid.sampleType = UInt8;
-    ASSERT_TRUE(saveImage(dir.filePath("valid.bmp"), valid));
-
-    const QByteArray png = readFile(dir.filePath("valid.png"));
-    QByteArray hugePng = png; // IHDR width and height, then its CRC
+    const std::pair<const char*, uint32_t> kinds[] = {{"valid.png", UInt8},  {"valid.jpg", UInt8},
+                                                      {"valid.tif", UInt16}, {"valid.exr", Float32},
+                                                      {"valid.bmp", UInt8}};
+    for (const auto& [name, sampleType] : kinds) {
+        valid.sampleType = sampleType;
+        ASSERT_TRUE(saveImage(dir.filePath(name), valid));
+        const QByteArray bytes = readFile(dir.filePath(name));
+        writeFile(dir.filePath(QStringLiteral("cut-%1").arg(name)), bytes.left(bytes.size() / 3));
+        writeFile(dir.filePath(QStringLiteral("head-%1").arg(name)), bytes.left(40));
+    }
+    QByteArray hugePng = readFile(dir.filePath("valid.png")); // IHDR width and height, then its CRC
     putUInt32(hugePng, 16, 100000, true);
     putUInt32(hugePng, 20, 100000, true);
     putUInt32(hugePng, 29, uint32_t(crc32(0, reinterpret_cast<const Bytef*>(hugePng.constData() + 12), 17)), true);
@@ -374,15 +317,9 @@ TEST(ImageFile, BadFilesFailWithAMessageAndLeaveTheImageAlone)
     putUInt32(hugeBmp, 18, 100000, false);
     putUInt32(hugeBmp, 22, 100000, false);
     writeFile(dir.filePath("huge.bmp"), hugeBmp);
-
     writeFile(dir.filePath("empty.png"), QByteArray());
     for (const char* name : {"text.png", "text.tga", "text.tif", "text.exr", "text.jpg"})
         writeFile(dir.filePath(name), "This is a note, not a picture.\n");
-    for (const char* name : {"valid.png", "valid.jpg", "valid.tif", "valid.exr", "valid.bmp"}) {
-        const QByteArray bytes = readFile(dir.filePath(name));
-        writeFile(dir.filePath(QStringLiteral("cut-%1").arg(name)), bytes.left(bytes.size() / 3));
-        writeFile(dir.filePath(QStringLiteral("head-%1").arg(name)), bytes.left(40));
-    }
     writeTiff(dir.filePath("two.tif"), 4, 4, 2, 32, SAMPLEFORMAT_IEEEFP, PHOTOMETRIC_RGB);
     writeTiff(dir.filePath("wide.tif"), 40000, 1, 3, 32, SAMPLEFORMAT_IEEEFP, PHOTOMETRIC_CIELAB);
     writeTiff(dir.filePath("half.tif"), 4, 4, 3, 16, SAMPLEFORMAT_IEEEFP, PHOTOMETRIC_CIELAB);
@@ -390,38 +327,27 @@ TEST(ImageFile, BadFilesFailWithAMessageAndLeaveTheImageAlone)
     writeTiff(dir.filePath("pal4.tif"), 8, 8, 4, 4, SAMPLEFORMAT_UINT, PHOTOMETRIC_PALETTE);
     writeTiff(dir.filePath("sep1bit.tif"), 8, 8, 4, 1, SAMPLEFORMAT_UINT, PHOTOMETRIC_RGB, PLANARCONFIG_SEPARATE);
 
-    const QDir folder(dir.path());
-    QStringList names = folder.entryList({"huge.*", "empty.*", "text.*", "cut-*", "head-*", "two.*", "wide.*",
-                                          "half.*", "pal4.*", "sep1bit.*"}, QDir::Files);
+    QStringList names = QDir(dir.path()).entryList({"huge.*", "empty.*", "text.*", "cut-*", "head-*", "two.*",
+                                                    "wide.*", "half.*", "pal4.*", "sep1bit.*"}, QDir::Files);
     names << "missing.png";
     Image image = rampImage(3, 3, Gray, Int16);
     const Image before = image;
-    const float* data = image.data;
     for (const QString& name : names) {
         SCOPED_TRACE(name.toStdString());
         LogCapture log;
         ImageFileInfo info;
-        const bool loaded = loadImage(info, dir.filePath(name), image);
-        // Cut JPEGs and TIFFs may still decode what is there; anything else must be refused.
-        if (loaded) {
+        const float* data = image.data;
+        if (loadImage(info, dir.filePath(name), image)) {
+            // Cut JPEGs and TIFFs may still decode what is there; anything else must be refused.
             EXPECT_TRUE(name.startsWith("cut-")) << "loaded";
             image = before;
-            data = image.data;
             continue;
         }
         EXPECT_TRUE(log.hasError(name)) << "no error names the file";
-        EXPECT_EQ(image.data, data);
-        EXPECT_EQ(image.format, Gray);
-        EXPECT_EQ(image.sampleType, uint32_t(Int16));
+        EXPECT_TRUE(image.data == data && image.format == Gray && image.sampleType == Int16);
         EXPECT_EQ(std::memcmp(image.data, before.data, before.floatCount() * sizeof(float)), 0);
         if (name.startsWith("huge") || name == "wide.tif") {
             EXPECT_TRUE(log.hasError(name.startsWith("huge") ? "100000 x 100000" : "40000 x 1"));
-        }
-        if (name == "two.tif") {
-            EXPECT_TRUE(log.hasError("Unknown TIFF pixel format. Channel num:2"));
-        }
-        if (name.startsWith("text") || name.startsWith("empty") || name.startsWith("missing")) {
-            EXPECT_TRUE(log.hasError("Unable to load image, unknown FreeImage loading error"));
         }
     }
 }
@@ -433,13 +359,10 @@ TEST(ImageFile, SavesFailCleanlyOrFallBackToADepthTheFormatHolds)
     ASSERT_TRUE(saveImage(kept, rampImage(4, 4, RGB, UInt8)));
     const QByteArray keptBytes = readFile(kept);
 
-    const Image int32Grey = rampImage(4, 4, Gray, Int32);
-    const Image plainRgba = rampImage(4, 4, RGBA, 0);
-    const Image rgb = rampImage(4, 4, RGB, UInt8);
-    const Image rgba = rampImage(4, 4, RGBA, UInt8);
-    const Image empty;
+    const Image int32Grey = rampImage(4, 4, Gray, Int32), plainRgba = rampImage(4, 4, RGBA, 0);
+    const Image rgb = rampImage(4, 4, RGB, UInt8), rgba = rampImage(4, 4, RGBA, UInt8), empty;
     const struct { QString path; const Image* image; } failures[] = {
-        {kept, &int32Grey},                              // no bitmap layout; the old file must survive
+        {kept, &int32Grey}, // no bitmap layout; the old file must survive
         {dir.filePath("a.png"), &plainRgba},
         {dir.filePath("a.png"), &empty},
         {dir.filePath("a.xyz"), &plainRgba},
@@ -451,27 +374,18 @@ TEST(ImageFile, SavesFailCleanlyOrFallBackToADepthTheFormatHolds)
         SCOPED_TRACE(f.path.toStdString());
         LogCapture log;
         EXPECT_FALSE(saveImage(f.path, *f.image));
-        EXPECT_TRUE(log.hasError("Unable to save output file."));
-        EXPECT_TRUE(log.hasError(QFileInfo(f.path).fileName()));
+        EXPECT_TRUE(log.hasError("Unable to save output file.") && log.hasError(QFileInfo(f.path).fileName()));
     }
     EXPECT_EQ(readFile(kept), keptBytes);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{"kept.png"}); // no temporary left over
 
-    // 16-bit to JPEG is written at 8 bits, 8-bit to EXR as floats.
-    ImageFileInfo info;
-    Image loaded;
+    // 16-bit to JPEG is written at 8 bits, 8-bit to EXR as floats; non-ASCII names work.
     ASSERT_TRUE(saveImage(dir.filePath("deep.jpg"), rampImage(4, 4, RGB, UInt16)));
-    ASSERT_TRUE(loadImage(info, dir.filePath("deep.jpg"), loaded));
-    EXPECT_EQ(loaded.sampleType, uint32_t(UInt8));
+    EXPECT_EQ(load(dir.filePath("deep.jpg")).sampleType, uint32_t(UInt8));
     const Image byteImage = rampImage(4, 4, Gray, UInt8);
-    ASSERT_TRUE(saveImage(dir.filePath("byte.exr"), byteImage));
-    ASSERT_TRUE(loadImage(info, dir.filePath("byte.exr"), loaded));
-    EXPECT_EQ(loaded.sampleType, uint32_t(Float32));
+    const QString exr = dir.filePath(QString::fromUtf8("Größe_法線.exr"));
+    ASSERT_TRUE(saveImage(exr, byteImage));
+    const Image loaded = load(exr);
+    ASSERT_EQ(loaded.sampleType, uint32_t(Float32));
     EXPECT_EQ(std::memcmp(loaded.data, byteImage.data, byteImage.floatCount() * sizeof(float)), 0);
-
-    // Non-ASCII names through FreeImage.
-    const QString unicode = dir.filePath(QString::fromUtf8("Größe_法線.png"));
-    ASSERT_TRUE(saveImage(unicode, byteImage));
-    ASSERT_TRUE(loadImage(info, unicode, loaded));
-    EXPECT_EQ(loaded.format, Gray);
 }
