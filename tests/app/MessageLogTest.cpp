@@ -11,71 +11,48 @@
 #include <QThread>
 
 namespace {
-struct Line
-{
-    QString text;
-    QColor colour;
-};
 
-std::vector<Line> logLines()
+std::vector<std::pair<QString, QColor>> logLines()
 {
-    std::vector<Line> lines;
+    std::vector<std::pair<QString, QColor>> lines;
     const QTextDocument* document = MainWindow::instance()->messageLog()->document();
-    for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
-        QColor colour;
-        for (auto it = block.begin(); !it.atEnd(); ++it) {
-            colour = it.fragment().charFormat().foreground().color();
-            break;
-        }
-        lines.push_back({block.text(), colour});
-    }
+    for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
+        lines.emplace_back(block.text(), block.begin().fragment().charFormat().foreground().color());
     return lines;
 }
 
-const QColor white(255, 255, 255);
-const QColor orange(255, 128, 0);
-const QColor red(255, 0, 0);
-const QColor lightBlue(121, 155, 227);
-}
+const QColor white(255, 255, 255), orange(255, 128, 0), red(255, 0, 0), lightBlue(121, 155, 227);
+
+} // namespace
 
 TEST(MessageLog, WelcomeLinesThenColoursBySeverity)
 {
     MainWindow* window = MainWindow::instance();
     window->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
-    EXPECT_TRUE(window->windowTitle().endsWith("Untitled Project"));
-
-    std::vector<Line> lines = logLines();
-    ASSERT_GE(lines.size(), 2u);
-    EXPECT_EQ(lines[0].text, "Welcome to Ondrels!");
-    EXPECT_EQ(lines[0].colour, white);
-    EXPECT_EQ(lines[1].text, "HAVE FUN!");
-    EXPECT_EQ(lines[1].colour, white);
-
-    const size_t start = lines.size();
-    logMessage(Success, QStringLiteral("Texture synthesis finished."));
-    logMessage(Info, QStringLiteral("Synthesizer started"));
-    logMessage(Warning, QStringLiteral("warning line"));
-    logMessage(7, QStringLiteral("unknown severity"));
-    logMessage(Error, QStringLiteral("error line"));
-    logMessage(-1, QStringLiteral("negative severity"));
-    lines = logLines();
-    ASSERT_EQ(lines.size(), start + 6);
-    EXPECT_EQ(lines[start].colour, lightBlue);
-    EXPECT_EQ(lines[start + 1].colour, white);
-    EXPECT_EQ(lines[start + 2].colour, orange);
-    // An unknown severity keeps the colour the log had before it.
-    EXPECT_EQ(lines[start + 3].text, "unknown severity");
-    EXPECT_EQ(lines[start + 3].colour, white);
-    EXPECT_EQ(lines[start + 4].colour, red);
-    EXPECT_EQ(lines[start + 5].colour, white);
     EXPECT_TRUE(window->messageLog()->isReadOnly());
-    EXPECT_LE(window->messageLog()->maximumHeight(), 300);
+
+    std::vector<std::pair<QString, QColor>> lines = logLines();
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_EQ(lines[0], std::make_pair(QString("Welcome to Ondrels!"), white));
+    EXPECT_EQ(lines[1], std::make_pair(QString("HAVE FUN!"), white));
+
+    // An unknown severity keeps the colour the log had before it.
+    const std::pair<int, QColor> messages[] = {{Success, lightBlue}, {Info, white}, {Warning, orange},
+                                               {7, white},          {Error, red},  {-1, white}};
+    const size_t start = lines.size();
+    for (const auto& [severity, colour] : messages)
+        logMessage(severity, "severity %d", severity);
+    lines = logLines();
+    ASSERT_EQ(lines.size(), start + std::size(messages));
+    for (size_t i = 0; i < std::size(messages); ++i) {
+        EXPECT_EQ(lines[start + i].first, QString("severity %1").arg(messages[i].first));
+        EXPECT_EQ(lines[start + i].second, messages[i].second) << "severity " << messages[i].first;
+    }
 }
 
 TEST(MessageLog, WorkerThreadMessagesArriveInOrderOnGuiThread)
 {
-    MainWindow* window = MainWindow::instance();
     const size_t start = logLines().size();
     const int count = 200;
     QThread* worker = QThread::create([] {
@@ -88,51 +65,20 @@ TEST(MessageLog, WorkerThreadMessagesArriveInOrderOnGuiThread)
     // Queued: nothing has reached the widget until the GUI thread's loop runs.
     EXPECT_EQ(logLines().size(), start);
     QTRY_COMPARE_WITH_TIMEOUT(logLines().size(), start + count, 10000);
-    const std::vector<Line> lines = logLines();
+    const auto lines = logLines();
     for (int i = 0; i < count; ++i)
-        ASSERT_EQ(lines[start + i].text, QString("worker %1").arg(i));
-    EXPECT_EQ(lines[start + 2].colour, red);
-    (void)window;
+        ASSERT_EQ(lines[start + i].first, QString("worker %1").arg(i));
+    EXPECT_EQ(lines[start + 2].second, red);
 }
 
 TEST(MessageLog, DockCanMoveAndFloatButNotClose)
 {
-    MainWindow* window = MainWindow::instance();
-    QDockWidget* dock = window->messageDock();
+    QDockWidget* dock = MainWindow::instance()->messageDock();
     ASSERT_NE(dock, nullptr);
-    EXPECT_EQ(dock->windowTitle(), "System Messages");
-    EXPECT_EQ(window->dockWidgetArea(dock), Qt::LeftDockWidgetArea);
+    EXPECT_EQ(MainWindow::instance()->dockWidgetArea(dock), Qt::LeftDockWidgetArea);
     EXPECT_FALSE(dock->features().testFlag(QDockWidget::DockWidgetClosable));
-    EXPECT_TRUE(dock->features().testFlag(QDockWidget::DockWidgetMovable));
-    EXPECT_TRUE(dock->features().testFlag(QDockWidget::DockWidgetFloatable));
-
-    dock->setFloating(true);
-    EXPECT_TRUE(dock->isFloating());
-    dock->setFloating(false);
-    window->addDockWidget(Qt::RightDockWidgetArea, dock);
-    EXPECT_EQ(window->dockWidgetArea(dock), Qt::RightDockWidgetArea);
-    window->addDockWidget(Qt::LeftDockWidgetArea, dock);
-}
-
-TEST(MessageLog, WindowShowsTheLogOnScreen)
-{
-    MainWindow* window = MainWindow::instance();
-    window->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
-    QTest::qWait(50);
-    // The log paints its lines light on a dark page: the grab of its viewport
-    // is mostly dark with a fair number of bright text pixels.
-    const QImage grab = window->messageLog()->viewport()->grab().toImage();
-    ASSERT_FALSE(grab.isNull());
-    int bright = 0, dark = 0;
-    for (int y = 0; y < grab.height(); ++y)
-        for (int x = 0; x < grab.width(); ++x) {
-            const int value = qGray(grab.pixel(x, y));
-            bright += value > 180;
-            dark += value < 60;
-        }
-    EXPECT_GT(bright, 50);
-    EXPECT_GT(dark, bright);
+    EXPECT_TRUE(dock->features().testFlag(QDockWidget::DockWidgetMovable) &&
+                dock->features().testFlag(QDockWidget::DockWidgetFloatable));
 }
 
 int main(int argc, char** argv)
