@@ -148,7 +148,8 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
 
 bool synthesizeSurface(SurfaceSynthesisContext& context, const ImageSynthesizer::Progress& progress)
 {
-    context.cancelRequested = false;
+    if (context.cancelRequested)
+        return false;
     ProjectData::SurfaceData* surface = context.surface;
     if (!surface)
         return false;

@@ -11,18 +11,18 @@ SynthesizerThread::SynthesizerThread(ProjectData::SurfaceData* surface, QObject*
     : QThread(parent)
     , target(surface)
 {
+    // A new run: a cancel left from an earlier one must not stop it.
+    if (target && target->synthesisContext)
+        target->synthesisContext->cancelRequested = false;
 }
 
 void SynthesizerThread::progress(int value)
 {
-    if (cancelled && target && target->synthesisContext)
-        requestCancel(*target->synthesisContext);
     emit onProgress(value);
 }
 
 void SynthesizerThread::cancel()
 {
-    cancelled = true;
     if (target && target->synthesisContext)
         requestCancel(*target->synthesisContext);
 }
@@ -31,7 +31,7 @@ void SynthesizerThread::run()
 {
     {
         const ImageSynthesizer::Progress callback = std::bind(&SynthesizerThread::progress, this, std::placeholders::_1);
-        if (target && target->synthesisContext && !cancelled)
+        if (target && target->synthesisContext)
             synthesizeSurface(*target->synthesisContext, callback);
     }
     emit onFinish();

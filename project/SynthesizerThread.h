@@ -4,8 +4,6 @@
 
 #include <QThread>
 
-#include <atomic>
-
 namespace Velmor {
 
 // Runs one surface synthesis off the GUI thread. It holds no synthesis state
@@ -36,10 +34,6 @@ protected:
 
 private:
     ProjectData::SurfaceData* target = nullptr;
-    // Kept here as well because a run clears the context's flag when it
-    // starts: a cancel that lands just before that is applied again at the
-    // next progress report.
-    std::atomic<bool> cancelled{false};
 };
 
 } // namespace Velmor

@@ -125,9 +125,12 @@ TEST(SurfaceSynthesis, CancelDuringTheRepairNeverStartsTheMainPass)
     EXPECT_EQ(f.output(), nullptr); // the surface's synthesizer was never prepared
     EXPECT_EQ(f.context().currentSynthesizer.load(), nullptr);
 
-    // The cancel is forgotten: each run starts afresh.
+    // The cancel holds until the next run is started afresh.
     LogCapture log;
-    synthesizeSurface(f.context(), {});
+    EXPECT_FALSE(synthesizeSurface(f.context(), {}));
+    EXPECT_TRUE(passPatchTotals(log).empty());
+    f.context().cancelRequested = false;
+    EXPECT_TRUE(synthesizeSurface(f.context(), {}));
     EXPECT_EQ(passPatchTotals(log), (std::vector<int>{seamsOfInput, gridOnTarget}));
 }
 
