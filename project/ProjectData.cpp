@@ -52,7 +52,7 @@ ProjectData::TextureData::TextureData(const QString& filePath)
     , image(defaultRecordImageSize, defaultRecordImageSize, RGB)
 {
     ImageFileInfo info;
-    loadImage(info, filePath, image);
+    loaded = loadImage(info, filePath, image);
 }
 
 ProjectData::DirectionMapData::DirectionMapData()

@@ -46,6 +46,9 @@ public:
         int32_t id = 0;
         QString path;
         Image image;
+        // False when the image file could not be read (the loader logged why)
+        // and the image is the placeholder.
+        bool loaded = false;
     };
 
     // A mesh file shown in the 3D preview; the mesh itself is not held here.

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "ProjectDocument.h"
+
+#include <QUndoCommand>
+
+#include <memory>
+
+// Puts a record into its list. Made after the store appended the record
+// (the first redo then leaves it where it is) or with a record that is not
+// in the store yet (a duplicate), which the first redo inserts at `index`.
+template <class Record>
+class AddRecordCommand : public QUndoCommand
+{
+public:
+    AddRecordCommand(ProjectDocument* document, Record* added, const QString& text, QUndoCommand* parent = nullptr)
+        : QUndoCommand(text, parent)
+        , document(document)
+        , record(added)
+    {
+    }
+
+    AddRecordCommand(ProjectDocument* document, std::unique_ptr<Record> added, int index, const QString& text,
+                     QUndoCommand* parent = nullptr)
+        : QUndoCommand(text, parent)
+        , document(document)
+        , record(added.get())
+        , held(std::move(added))
+        , index(index)
+    {
+    }
+
+    void redo() override
+    {
+        if (held)
+            document->insertRecord(std::move(held), index);
+    }
+
+    void undo() override { held = document->takeRecord(record, &index); }
+
+private:
+    ProjectDocument* document;
+    Record* record;
+    std::unique_ptr<Record> held; // owned here while undone
+    int index = 0;
+};
+
+// Takes a record out of its list and keeps it, so that undo puts the very
+// same object back and every pointer to it stays good. References to it
+// must be cleared by commands pushed before this one.
+template <class Record>
+class RemoveRecordCommand : public QUndoCommand
+{
+public:
+    RemoveRecordCommand(ProjectDocument* document, Record* removed, const QString& text,
+                        QUndoCommand* parent = nullptr)
+        : QUndoCommand(text, parent)
+        , document(document)
+        , record(removed)
+    {
+    }
+
+    void redo() override { held = document->takeRecord(record, &index); }
+
+    void undo() override
+    {
+        if (held)
+            document->insertRecord(std::move(held), index);
+    }
+
+private:
+    ProjectDocument* document;
+    Record* record;
+    std::unique_ptr<Record> held;
+    int index = 0;
+};
