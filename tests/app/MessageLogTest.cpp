@@ -1,4 +1,5 @@
 #include "LogMessage.h"
+#include "LogDock.h"
 #include "MainWindow.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +16,7 @@ namespace {
 std::vector<std::pair<QString, QColor>> logLines()
 {
     std::vector<std::pair<QString, QColor>> lines;
-    const QTextDocument* document = MainWindow::instance()->messageLog()->document();
+    const QTextDocument* document = MainWindow::instance()->logDock()->log()->document();
     for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
         lines.emplace_back(block.text(), block.begin().fragment().charFormat().foreground().color());
     return lines;
@@ -30,7 +31,7 @@ TEST(MessageLog, WelcomeLinesThenColoursBySeverity)
     MainWindow* window = MainWindow::instance();
     window->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
-    EXPECT_TRUE(window->messageLog()->isReadOnly());
+    EXPECT_TRUE(window->logDock()->log()->isReadOnly());
 
     std::vector<std::pair<QString, QColor>> lines = logLines();
     ASSERT_GE(lines.size(), 2u);
@@ -73,7 +74,7 @@ TEST(MessageLog, WorkerThreadMessagesArriveInOrderOnGuiThread)
 
 TEST(MessageLog, DockCanMoveAndFloatButNotClose)
 {
-    QDockWidget* dock = MainWindow::instance()->messageDock();
+    QDockWidget* dock = MainWindow::instance()->logDock();
     ASSERT_NE(dock, nullptr);
     EXPECT_EQ(MainWindow::instance()->dockWidgetArea(dock), Qt::LeftDockWidgetArea);
     EXPECT_FALSE(dock->features().testFlag(QDockWidget::DockWidgetClosable));

@@ -1,40 +1,41 @@
+#include "LayerList.h"
+#include "LogDock.h"
 #include "MainWindow.h"
-#include "ProjectData.h"
-#include "ProjectOverview.h"
+#include "ProjectBrowserDock.h"
+#include "ProjectDocument.h"
+#include "ProjectModel.h"
+#include "PropertiesDock.h"
+#include "SurfacePanel.h"
+#include "TexturePanel.h"
 
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QLabel>
+#include <QListWidget>
 #include <QTest>
 #include <QTextEdit>
-#include <QTreeWidget>
+#include <QTreeView>
 
 namespace {
 
 QStringList logTexts()
 {
-    return MainWindow::instance()->messageLog()->toPlainText().split('\n');
+    return MainWindow::instance()->logDock()->log()->toPlainText().split('\n');
 }
 
-QTreeWidgetItem* findRow(QTreeWidget* tree, const QString& text)
+QStringList groupNames(ProjectModel::Group group)
 {
-    const QList<QTreeWidgetItem*> found = tree->findItems(text, Qt::MatchExactly | Qt::MatchRecursive);
-    return found.isEmpty() ? nullptr : found.first();
-}
-
-// Mean blue minus mean red of a picture.
-double blueOverRed(const QImage& image)
-{
-    double sum = 0.0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            sum += qBlue(image.pixel(x, y)) - qRed(image.pixel(x, y));
-    return sum / (double(image.width()) * image.height());
+    const ProjectModel* model = MainWindow::instance()->browserDock()->projectModel();
+    QStringList names;
+    for (int row = 0; row < model->rowCount(model->groupIndex(group)); ++row)
+        names << model->index(row, 0, model->groupIndex(group)).data().toString();
+    return names;
 }
 
 } // namespace
 
-TEST(ProjectLoad, SampleProjectFillsLogTitleAndOverview)
+TEST(ProjectLoad, SampleProjectFillsLogTitleBrowserAndPanels)
 {
     MainWindow* window = MainWindow::instance();
     window->show();
@@ -42,8 +43,9 @@ TEST(ProjectLoad, SampleProjectFillsLogTitleAndOverview)
     const QString dir = QDir::cleanPath(QStringLiteral(ONDRELS_SAMPLE_PROJECT_DIR));
 
     ASSERT_TRUE(window->loadProject(QStringLiteral(ONDRELS_SAMPLE_PROJECT_DIR)));
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Ondrels - ") + dir);
-    EXPECT_EQ(window->projectDirectory(), dir);
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Ondrels - ") + dir + "[*]");
+    EXPECT_FALSE(window->isWindowModified());
+    EXPECT_EQ(window->document()->directory(), dir);
 
     const QStringList lines = logTexts();
     for (const QString& expected : {"Loading project from: " + dir, QString("Loading texture file: moss_mask.vmt"),
@@ -52,29 +54,34 @@ TEST(ProjectLoad, SampleProjectFillsLogTitleAndOverview)
     // Mixed surfaces are read after every plain surface they may name.
     EXPECT_LT(lines.indexOf("Loading surface file: Moss.vms"),
               lines.indexOf("Loading mixed surface file: MossyCobblestones.vmsm"));
-    EXPECT_EQ(window->project()->surfaces.size(), 3u);
+    EXPECT_EQ(window->document()->store().surfaces.size(), 3u);
 
-    // The overview lists the records and shows the first texture.
-    ProjectOverview* overview = window->overview();
-    QTreeWidget* tree = overview->recordTree();
-    ASSERT_TRUE(findRow(tree, "Textures") && findRow(tree, "MossyCobblestones") && findRow(tree, "Moss") &&
-                findRow(tree, "cobblestones_normal"));
-    EXPECT_EQ(findRow(tree, "Textures")->childCount(), 9);
-    EXPECT_EQ(findRow(tree, "Moss")->childCount(), 6); // four layers, direction and scale map
-    EXPECT_EQ(overview->previewImage().size(), QSize(512, 512));
+    // The browser lists every record; selecting one shows its panel.
+    EXPECT_EQ(groupNames(ProjectModel::TexturesGroup).size(), 9);
+    EXPECT_TRUE(groupNames(ProjectModel::SurfacesGroup).contains("MossyCobblestones"));
+    EXPECT_TRUE(groupNames(ProjectModel::UtilityMapsGroup).contains("Swirl"));
+    ProjectBrowserDock* browser = window->browserDock();
+    const ProjectModel* model = browser->projectModel();
+    const QModelIndex surfaces = model->groupIndex(ProjectModel::SurfacesGroup);
+    const int moss = groupNames(ProjectModel::SurfacesGroup).indexOf("Moss");
+    ASSERT_GE(moss, 0);
+    browser->view()->setCurrentIndex(model->index(moss, 0, surfaces));
+    EXPECT_EQ(window->propertiesDock()->shownRecord().name(), "Moss");
+    EXPECT_TRUE(window->propertiesDock()->surfacePanel()->isVisible());
+    EXPECT_EQ(window->propertiesDock()->surfacePanel()->layerList()->list()->count(), 4);
 
-    // A normal map shows bluish; the colour of the cobblestones does not.
-    tree->setCurrentItem(findRow(tree, "cobblestones_normal"));
-    EXPECT_GT(blueOverRed(overview->previewImage()), 60.0);
-    tree->setCurrentItem(findRow(tree, "cobblestones_color"));
-    EXPECT_LT(blueOverRed(overview->previewImage()), 5.0);
+    const QModelIndex textures = model->groupIndex(ProjectModel::TexturesGroup);
+    browser->view()->setCurrentIndex(model->index(0, 0, textures));
+    EXPECT_TRUE(window->propertiesDock()->texturePanel()->isVisible());
+    EXPECT_FALSE(window->propertiesDock()->surfacePanel()->isVisible());
+    EXPECT_TRUE(window->propertiesDock()->texturePanel()->statusLabel()->text().endsWith(".png"));
 }
 
 TEST(ProjectLoad, MissingDirectoryIsLoggedAndChangesNothing)
 {
     MainWindow* window = MainWindow::instance();
     const QString title = window->windowTitle();
-    Velmor::ProjectData* before = window->project();
+    Velmor::ProjectData* before = &window->document()->store();
     const QString missing = QDir::temp().filePath("ondrels-no-such-project-dir");
     ASSERT_FALSE(QFileInfo::exists(missing));
 
@@ -84,6 +91,5 @@ TEST(ProjectLoad, MissingDirectoryIsLoggedAndChangesNothing)
     // A file is not a project directory either.
     EXPECT_FALSE(window->loadProject(QStringLiteral(ONDRELS_SAMPLE_PROJECT_DIR "/Images/moss_mask.png")));
     EXPECT_EQ(window->windowTitle(), title);
-    EXPECT_EQ(window->project(), before);
-    EXPECT_TRUE(window->projectDirectory().isEmpty());
+    EXPECT_EQ(&window->document()->store(), before);
 }

@@ -1,0 +1,104 @@
+#include "PropertiesDock.h"
+
+#include "MapPanel.h"
+#include "MixedSurfacePanel.h"
+#include "ModelPanel.h"
+#include "ProjectDocument.h"
+#include "SurfacePanel.h"
+#include "SynthesizerPanel.h"
+#include "TexturePanel.h"
+
+#include <QGroupBox>
+#include <QLabel>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+PropertiesDock::PropertiesDock(ProjectDocument* document, Dialogs* dialogs, QWidget* parent)
+    : QDockWidget(tr("Properties"), parent)
+    , document(document)
+    , panels(new QWidget)
+    , emptyNote(new QLabel(tr("Select a record in the project browser to edit it.")))
+    , surface(new SurfacePanel(document, dialogs))
+    , synthesizer(new SynthesizerPanel(document))
+    , mixed(new MixedSurfacePanel(document))
+    , texture(new TexturePanel(document, dialogs))
+    , model(new ModelPanel(document))
+    , map(new MapPanel(document))
+{
+    setObjectName(QStringLiteral("Properties"));
+    auto* layout = new QVBoxLayout(panels);
+    emptyNote->setWordWrap(true);
+    layout->addWidget(emptyNote);
+    surfaceBox = box(tr("Surface"), surface);
+    mixedBox = box(tr("Mixed Surface"), mixed);
+    synthesizerBox = box(tr("Synthesizer Parameters"), synthesizer);
+    textureBox = box(tr("Texture"), texture);
+    modelBox = box(tr("Model"), model);
+    mapBox = box(tr("Map"), map);
+    layout->addStretch(1);
+
+    auto* scroll = new QScrollArea;
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidget(panels);
+    setWidget(scroll);
+
+    connect(document, &ProjectDocument::recordChanged, this, [this] { refresh(); });
+    connect(document, &ProjectDocument::recordInserted, this, [this] { refresh(); });
+    connect(document, &ProjectDocument::recordRemoved, this, [this] { refresh(); });
+    connect(document, &ProjectDocument::recordAboutToBeRemoved, this, [this](const RecordRef& removed) {
+        if (removed == record)
+            showRecord(RecordRef());
+    });
+    connect(document, &ProjectDocument::projectAboutToBeReplaced, this, [this] { showRecord(RecordRef()); });
+    connect(document, &ProjectDocument::readOnlyChanged, panels, [this](bool readOnly) { panels->setEnabled(!readOnly); });
+    showRecord(RecordRef());
+}
+
+QGroupBox* PropertiesDock::box(const QString& title, QWidget* panel)
+{
+    auto* group = new QGroupBox(title);
+    auto* layout = new QVBoxLayout(group);
+    layout->setContentsMargins(2, 2, 2, 2);
+    layout->addWidget(panel);
+    panels->layout()->addWidget(group);
+    return group;
+}
+
+void PropertiesDock::showRecord(const RecordRef& shown)
+{
+    record = shown;
+    auto* mixedRecord = record.mixedSurface();
+    auto* plainSurface = mixedRecord ? nullptr : record.surface();
+    surface->setSurface(plainSurface);
+    mixed->setSurface(mixedRecord);
+    synthesizer->setSurface(record.surface());
+    texture->setTexture(record.texture());
+    model->setModel(record.model());
+    map->setMap(record.directionMap() || record.scaleMap() ? record : RecordRef());
+
+    emptyNote->setVisible(record.isNull());
+    surfaceBox->setVisible(plainSurface);
+    mixedBox->setVisible(mixedRecord);
+    synthesizerBox->setVisible(record.surface());
+    textureBox->setVisible(record.texture());
+    modelBox->setVisible(record.model());
+    mapBox->setVisible(record.directionMap() || record.scaleMap());
+    mapBox->setTitle(record.scaleMap() ? tr("Scale Map") : tr("Direction Map"));
+}
+
+void PropertiesDock::refresh()
+{
+    if (record.mixedSurface())
+        mixed->refresh();
+    else if (record.surface())
+        surface->refresh();
+    if (record.surface())
+        synthesizer->refresh();
+    if (record.texture())
+        texture->refresh();
+    if (record.model())
+        model->refresh();
+    if (record.directionMap() || record.scaleMap())
+        map->refresh();
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "RecordRef.h"
+
+#include <QWidget>
+
+class Dialogs;
+class LayerList;
+class ProjectDocument;
+class PropertyForm;
+
+// Properties of a plain surface: name, layers, mask, direction and scale
+// maps and "Make Input Seamless".
+class SurfacePanel : public QWidget
+{
+    Q_OBJECT
+public:
+    SurfacePanel(ProjectDocument* document, Dialogs* dialogs, QWidget* parent = nullptr);
+
+    void setSurface(Velmor::ProjectData::SurfaceData* surface);
+    void refresh();
+
+    LayerList* layerList() const { return layers; }
+
+private:
+    Velmor::ProjectData::SurfaceData* surface = nullptr;
+    PropertyForm* form;
+    LayerList* layers;
+};

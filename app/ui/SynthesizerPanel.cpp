@@ -1,0 +1,86 @@
+#include "SynthesizerPanel.h"
+
+#include "CutoutPatchSynthesizer.h"
+#include "ImageSynthesizer.h"
+#include "ParameterCheck.h"
+#include "PropertyForm.h"
+
+#include <QVBoxLayout>
+
+using ProjectData = Velmor::ProjectData;
+using Params = Velmor::ImageSynthesizer::ImageSynthesizerParams;
+using PatchParams = Velmor::ImageSynthesizer::PatchSynthesizerParams;
+using CutoutParams = Velmor::CutoutPatchSynthesizer::CutoutPatchSynthesizerParams;
+
+namespace {
+// Wide enough that a refused value can be entered and shown as refused.
+constexpr int anyInt = 1 << 30;
+}
+
+SynthesizerPanel::SynthesizerPanel(ProjectDocument* document, QWidget* parent)
+    : QWidget(parent)
+    , form(new PropertyForm(document, [this] { return RecordRef(surface); }))
+    , method(new QComboBox)
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(form);
+
+    form->addRow(tr("Method"), method);
+    connect(method, QOverload<int>::of(&QComboBox::activated), this, [this, document](int row) {
+        if (surface)
+            ProjectEdits::setField(*document, RecordRef(surface), surface->currentSynthesizerIndex, size_t(row),
+                                   tr("Set Method"));
+    });
+    form->onRefresh([this] {
+        const QSignalBlocker blocker(method);
+        method->clear();
+        if (!surface)
+            return;
+        for (const auto& synthesizer : surface->synthesizers)
+            method->addItem(QString::fromStdString(synthesizer->params ? synthesizer->params->methodName() : ""));
+        method->setCurrentIndex(int(surface->currentSynthesizerIndex));
+    });
+
+    auto params = [this]() -> Params* {
+        return surface && surface->synthesizer() ? surface->synthesizer()->params : nullptr;
+    };
+    auto patch = [params]() { return dynamic_cast<PatchParams*>(params()); };
+    auto cutout = [params]() { return dynamic_cast<CutoutParams*>(params()); };
+    auto sizeProblem = [params]() {
+        const Params* p = params();
+        return p ? ParameterCheck::targetSize(p->targetWidth, p->targetHeight) : QString();
+    };
+
+    form->addInt<uint32_t>(tr("Target width"), [params] { return params() ? &params()->targetWidth : nullptr; }, 0,
+                           anyInt, sizeProblem);
+    form->addInt<uint32_t>(tr("Target height"), [params] { return params() ? &params()->targetHeight : nullptr; }, 0,
+                           anyInt, sizeProblem);
+    form->addCheck(tr("Use all layers"), [params] { return params() ? &params()->useAllLayers : nullptr; });
+    form->addInt<int32_t>(tr("Patch size"), [patch] { return patch() ? &patch()->patchSize : nullptr; }, -anyInt,
+                          anyInt, [patch] {
+                              return patch() ? ParameterCheck::patchSize(patch()->patchSize, patch()->patchBoundary)
+                                             : QString();
+                          });
+    form->addInt<int32_t>(tr("Boundary"), [patch] { return patch() ? &patch()->patchBoundary : nullptr; }, -anyInt,
+                          anyInt, [patch] {
+                              return patch() ? ParameterCheck::patchBoundary(patch()->patchSize, patch()->patchBoundary)
+                                             : QString();
+                          });
+    form->addFloat(tr("Error threshold"), [patch] { return patch() ? &patch()->errorThreshold : nullptr; }, 0.0, 1000.0,
+                   4);
+    form->addInt<uint32_t>(tr("Max tries"), [patch] { return patch() ? &patch()->maxTries : nullptr; }, 0, anyInt);
+    form->addInt<int32_t>(tr("Feather (cutout)"), [cutout] { return cutout() ? &cutout()->feather : nullptr; }, 0,
+                          anyInt);
+}
+
+void SynthesizerPanel::setSurface(ProjectData::SurfaceData* shown)
+{
+    surface = shown;
+    form->refresh();
+}
+
+void SynthesizerPanel::refresh()
+{
+    form->refresh();
+}
