@@ -26,7 +26,6 @@ int main(int argc, char** argv)
     splash.show();
 
     QApplication::setStyle("Fusion");
-    QApplication::setApplicationDisplayName(QStringLiteral("Ondrels"));
 
     MainWindow* window = MainWindow::instance();
     window->show();

@@ -17,6 +17,14 @@ const char* const ProjectFlows::projectsDirectory = "./Projects";
 namespace {
 const char* const saveChooserTitle = "Select Empty Directory to Save Project";
 const char* const modelFilters = "Mesh files (*.obj *.3ds *.fbx);; All files (*)";
+
+// The default project location, made on first use so that the choosers open
+// in it rather than falling back to another folder.
+QString projectsFolder()
+{
+    QDir().mkpath(QString::fromUtf8(ProjectFlows::projectsDirectory));
+    return QString::fromUtf8(ProjectFlows::projectsDirectory);
+}
 }
 
 ProjectFlows::ProjectFlows(ProjectDocument* document, Dialogs* dialogs, QObject* parent)
@@ -36,8 +44,7 @@ bool ProjectFlows::save()
 
 bool ProjectFlows::saveAs()
 {
-    const QString directory =
-        dialogs->chooseDirectory(QString::fromUtf8(saveChooserTitle), QString::fromUtf8(projectsDirectory));
+    const QString directory = dialogs->chooseDirectory(QString::fromUtf8(saveChooserTitle), projectsFolder());
     if (directory.isEmpty())
         return false;
     return saveTo(directory);
@@ -76,8 +83,7 @@ void ProjectFlows::loadProject()
 {
     if (!offerSave())
         return;
-    const QString directory =
-        dialogs->chooseDirectory(QStringLiteral("Load Project Directory"), QString::fromUtf8(projectsDirectory));
+    const QString directory = dialogs->chooseDirectory(QStringLiteral("Load Project Directory"), projectsFolder());
     if (directory.isEmpty())
         return;
     pendingDirectory = directory;
@@ -123,28 +129,34 @@ bool ProjectFlows::quit()
     return true;
 }
 
-void ProjectFlows::importImages()
+QString ProjectFlows::fileChooserStart() const
 {
-    const QStringList paths = dialogs->chooseFiles(QStringLiteral("Load Image"), lastUsedDirectory,
+    return lastUsedDirectory == QLatin1String(projectsDirectory) ? projectsFolder() : lastUsedDirectory;
+}
+
+std::vector<RecordRef> ProjectFlows::importImages()
+{
+    const QStringList paths = dialogs->chooseFiles(QStringLiteral("Load Image"), fileChooserStart(),
                                                    QString::fromUtf8(PbrImport::imageFilters),
                                                    QString::fromUtf8(PbrImport::allImagesFilter));
     if (paths.isEmpty())
-        return;
+        return {};
     lastUsedDirectory = QFileInfo(paths.first()).absolutePath();
-    ProjectEdits::importImages(*document, paths);
+    return ProjectEdits::importImages(*document, paths);
 }
 
-void ProjectFlows::importPbrImages()
+RecordRef ProjectFlows::importPbrImages()
 {
-    PbrImport::importWithChooser(*document, *dialogs, lastUsedDirectory);
+    lastUsedDirectory = fileChooserStart();
+    return PbrImport::importWithChooser(*document, *dialogs, lastUsedDirectory);
 }
 
-void ProjectFlows::importModels()
+std::vector<RecordRef> ProjectFlows::importModels()
 {
-    const QStringList paths = dialogs->chooseFiles(QStringLiteral("Import Model"), lastUsedDirectory,
+    const QStringList paths = dialogs->chooseFiles(QStringLiteral("Import Model"), fileChooserStart(),
                                                    QString::fromUtf8(modelFilters), QString());
     if (paths.isEmpty())
-        return;
+        return {};
     lastUsedDirectory = QFileInfo(paths.first()).absolutePath();
-    ProjectEdits::importModels(*document, paths);
+    return ProjectEdits::importModels(*document, paths);
 }

@@ -1,7 +1,11 @@
 #pragma once
 
 #include <QObject>
+#include "RecordRef.h"
+
 #include <QString>
+
+#include <vector>
 
 class Dialogs;
 class ProjectDocument;
@@ -30,9 +34,10 @@ public:
     // True when the application may quit.
     bool quit();
 
-    void importImages();
-    void importPbrImages();
-    void importModels();
+    // Each returns what it added (nothing when cancelled).
+    std::vector<RecordRef> importImages();
+    RecordRef importPbrImages();
+    std::vector<RecordRef> importModels();
 
     // The folder the file choosers start in: the last one used.
     QString lastDirectory() const { return lastUsedDirectory; }
@@ -47,6 +52,8 @@ private:
     // Asks "Save current project?"; false when the flow must end here.
     bool offerSave();
     bool saveTo(const QString& directory);
+    // The last folder used, or the default project location before any.
+    QString fileChooserStart() const;
 
     ProjectDocument* document;
     Dialogs* dialogs;

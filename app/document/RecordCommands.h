@@ -6,9 +6,10 @@
 
 #include <memory>
 
-// Puts a record into its list. Made after the store appended the record
-// (the first redo then leaves it where it is) or with a record that is not
-// in the store yet (a duplicate), which the first redo inserts at `index`.
+// Puts a record into its list. Made either right after the store appended
+// the record, which the command then takes back out unannounced (no view has
+// seen it yet) so that its first redo inserts it with the document's
+// signals, or with a record that is not in the store yet (a duplicate).
 template <class Record>
 class AddRecordCommand : public QUndoCommand
 {
@@ -18,6 +19,14 @@ public:
         , document(document)
         , record(added)
     {
+        auto& list = RecordList<Record>::of(document->store());
+        for (auto it = list.begin(); it != list.end(); ++it)
+            if (it->get() == added) {
+                index = int(it - list.begin());
+                held = std::move(*it);
+                list.erase(it);
+                break;
+            }
     }
 
     AddRecordCommand(ProjectDocument* document, std::unique_ptr<Record> added, int index, const QString& text,

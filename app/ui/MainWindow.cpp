@@ -66,6 +66,11 @@ MainWindow::MainWindow()
     createMenus();
     arrangeDocks();
 
+    // After a load the first surface is shown, so that the panels are not empty.
+    connect(projectFlows, &ProjectFlows::projectLoaded, this, [this] {
+        if (!projectDocument->store().surfaces.empty())
+            browser->selectRecord(RecordRef(projectDocument->store().surfaces.front().get()));
+    });
     connect(projectDocument, &ProjectDocument::directoryChanged, this, &MainWindow::updateTitle);
     connect(projectDocument, &ProjectDocument::modifiedChanged, this, &MainWindow::updateTitle);
     updateTitle();
@@ -108,12 +113,19 @@ void MainWindow::createMenus()
     QAction* save = add(file, tr("Save Project"), QKeySequence::Save, [this] { projectFlows->save(); });
     add(file, tr("Save Project As..."), QKeySequence::SaveAs, [this] { projectFlows->saveAs(); });
     file->addSeparator();
-    QAction* importImage = add(file, tr("Import Image..."), QKeySequence(Qt::CTRL + Qt::Key_I),
-                               [this] { projectFlows->importImages(); });
+    QAction* importImage = add(file, tr("Import Image..."), QKeySequence(Qt::CTRL + Qt::Key_I), [this] {
+        const std::vector<RecordRef> added = projectFlows->importImages();
+        if (!added.empty())
+            browser->selectRecord(added.back());
+    });
     QAction* importPbr = add(file, tr("Import PBR Images..."), QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_I),
-                             [this] { projectFlows->importPbrImages(); });
+                             [this] { browser->selectRecord(projectFlows->importPbrImages()); });
     add(file, tr("Import Model..."), QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_M),
-        [this] { projectFlows->importModels(); });
+        [this] {
+            const std::vector<RecordRef> added = projectFlows->importModels();
+            if (!added.empty())
+                browser->selectRecord(added.back());
+        });
     file->addSeparator();
     file->addAction(browser->newDirectionMapAction());
     file->addAction(browser->newScaleMapAction());
@@ -134,6 +146,9 @@ void MainWindow::createMenus()
         if (!projectDocument->isReadOnly())
             stack->redo();
     });
+    // The toolbar keeps short labels; the menu says what would be undone.
+    undoAction->setIconText(tr("Undo"));
+    redoAction->setIconText(tr("Redo"));
     undoAction->setIcon(style->standardIcon(QStyle::SP_ArrowBack));
     redoAction->setIcon(style->standardIcon(QStyle::SP_ArrowForward));
     connect(stack, &QUndoStack::indexChanged, this, &MainWindow::updateUndoActions);
@@ -197,7 +212,7 @@ void MainWindow::arrangeDocks()
     if (const QScreen* screen = QApplication::primaryScreen())
         size = size.boundedTo(screen->availableSize());
     resize(size);
-    const int side = size.width() >= 1500 ? 340 : 280;
+    const int side = size.width() >= 1500 ? 380 : 300;
     resizeDocks({browser, properties}, {side, side + 40}, Qt::Horizontal);
     resizeDocks({browser, log}, {size.height() * 3 / 5, size.height() * 2 / 5}, Qt::Vertical);
 }

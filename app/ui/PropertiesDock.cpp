@@ -40,6 +40,8 @@ PropertiesDock::PropertiesDock(ProjectDocument* document, Dialogs* dialogs, QWid
     auto* scroll = new QScrollArea;
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
+    // Panels wrap and squeeze to the dock's width instead of scrolling sideways.
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setWidget(panels);
     setWidget(scroll);
 

@@ -1,6 +1,7 @@
 #include "TexturePanel.h"
 
 #include "Dialogs.h"
+#include "ImageFile.h"
 #include "NormalMap.h"
 #include "PbrImport.h"
 #include "PropertyForm.h"
@@ -26,9 +27,32 @@ const char* formatName(PixelFormat format)
     }
 }
 
-QString yesNo(bool value)
+QString sampleTypeName(uint32_t type)
 {
-    return value ? QStringLiteral("yes") : QStringLiteral("no");
+    switch (type) {
+    case UInt8: return QStringLiteral("8-bit");
+    case UInt16: return QStringLiteral("16-bit");
+    case Int16: return QStringLiteral("16-bit signed");
+    case UInt32: return QStringLiteral("32-bit");
+    case Int32: return QStringLiteral("32-bit signed");
+    case Float32: return QStringLiteral("32-bit float");
+    default: return QString::number(type);
+    }
+}
+
+// The normal-map flags that are set, or "none".
+QString normalFlags(const Image& image)
+{
+    QStringList set;
+    if (image.flipNormalX)
+        set << QStringLiteral("flip X");
+    if (image.flipNormalY)
+        set << QStringLiteral("flip Y");
+    if (image.mappedNormalXY)
+        set << QStringLiteral("mapped XY");
+    if (image.mappedNormalZ)
+        set << QStringLiteral("mapped Z");
+    return set.isEmpty() ? QStringLiteral("none") : set.join(QStringLiteral(", "));
 }
 
 } // namespace
@@ -50,7 +74,8 @@ TexturePanel::TexturePanel(ProjectDocument* document, Dialogs* dialogs, QWidget*
     status->setWordWrap(true);
     status->setTextInteractionFlags(Qt::TextSelectableByMouse);
     form->addRow(tr("File"), status);
-    form->addRow(QString(), details);
+    details->setWordWrap(true);
+    form->addRow(tr("Image"), details);
 
     auto* buttons = new QWidget;
     auto* grid = new QGridLayout(buttons);
@@ -77,14 +102,10 @@ TexturePanel::TexturePanel(ProjectDocument* document, Dialogs* dialogs, QWidget*
         status->setText(textureStatus(*texture));
         status->setStyleSheet(texture->loaded ? QString() : QStringLiteral("color: rgb(255, 80, 80);"));
         const Image& image = texture->image;
-        details->setText(tr("Size: %1 x %2\nFormat: %3\nSample type: %4\nNormal flags: flip X %5, flip Y %6, "
-                            "mapped XY %7, mapped Z %8")
+        details->setText(tr("%1 x %2, %3, %4\nNormal flags: %5")
                              .arg(image.width)
                              .arg(image.height)
-                             .arg(formatName(image.format))
-                             .arg(image.sampleType)
-                             .arg(yesNo(image.flipNormalX), yesNo(image.flipNormalY), yesNo(image.mappedNormalXY),
-                                  yesNo(image.mappedNormalZ)));
+                             .arg(formatName(image.format), sampleTypeName(image.sampleType), normalFlags(image)));
         convertButton->setEnabled(normalLayerRule(image).convertible);
         slopeButton->setEnabled(image.format == Normal);
     });

@@ -1,6 +1,5 @@
 #include "WidgetDialogs.h"
 
-#include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QProgressDialog>
@@ -30,7 +29,7 @@ Dialogs::Button WidgetDialogs::ask(const QString& text, int buttons, Button defa
                                                : defaultButton == No ? QMessageBox::No
                                                : defaultButton == Ok ? QMessageBox::Ok
                                                                      : QMessageBox::Cancel;
-    switch (QMessageBox::question(parent, QApplication::applicationDisplayName(), text, standard, preset)) {
+    switch (QMessageBox::question(parent, QStringLiteral("Ondrels"), text, standard, preset)) {
     case QMessageBox::Yes: return Yes;
     case QMessageBox::No: return No;
     case QMessageBox::Ok: return Ok;
@@ -40,7 +39,7 @@ Dialogs::Button WidgetDialogs::ask(const QString& text, int buttons, Button defa
 
 void WidgetDialogs::inform(const QString& text)
 {
-    QMessageBox::information(parent, QApplication::applicationDisplayName(), text, QMessageBox::Ok);
+    QMessageBox::information(parent, QStringLiteral("Ondrels"), text, QMessageBox::Ok);
 }
 
 QStringList WidgetDialogs::chooseFiles(const QString& title, const QString& directory, const QString& filters,

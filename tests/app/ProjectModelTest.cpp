@@ -9,6 +9,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QMimeData>
+#include <QSignalSpy>
 #include <QUndoStack>
 #include <QUrl>
 
@@ -40,12 +41,16 @@ TEST(ProjectModel, FollowsEveryEditUndoAndReplacementConsistently)
     EXPECT_EQ(model.index(2, 0).data().toString(), "Utility Maps");
     EXPECT_EQ(model.index(3, 0).data().toString(), "Models");
 
+    // Views learn of new rows only through the signals.
+    QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
     ProjectEdits::newScaleMap(document);
     ProjectEdits::newDirectionMap(document); // goes before the scale map
     ProjectEdits::newDirectionMap(document);
     ProjectEdits::newMixedSurface(document);
     PbrImport::importFiles(document, {writePng(files.path(), "s_color.png"), writePng(files.path(), "s_ao.png")});
     ProjectEdits::importModels(document, {files.path() + "/m.obj"});
+    EXPECT_EQ(inserted.count(), 8);
+    EXPECT_EQ(inserted.at(1).at(1).toInt(), 0); // the first direction map's row
     EXPECT_EQ(rowNames(model, ProjectModel::UtilityMapsGroup), QStringList({"DirMap", "DirMap_1", "ScaleMap"}));
     EXPECT_EQ(rowNames(model, ProjectModel::SurfacesGroup), QStringList({"NewMixedSurface", "NewSurface"}));
     EXPECT_EQ(rowNames(model, ProjectModel::TexturesGroup), QStringList({"s_color", "s_ao"}));
