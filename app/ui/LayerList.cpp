@@ -9,7 +9,7 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPushButton>
+#include <QToolButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -26,16 +26,27 @@ LayerList::LayerList(ProjectDocument* document, Dialogs* dialogs, QWidget* paren
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    // Four rows without a sideways scroll bar; long rows end in "...".
+    rows->setMinimumHeight(4 * rows->fontMetrics().height() + 8);
     rows->setMaximumHeight(120);
+    rows->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    rows->setTextElideMode(Qt::ElideRight);
     layout->addWidget(rows);
 
     auto* buttons = new QHBoxLayout;
-    auto* addButton = new QPushButton(tr("Add"));
-    removeButton = new QPushButton(tr("Remove"));
-    upButton = new QPushButton(tr("Up"));
-    downButton = new QPushButton(tr("Down"));
-    for (QPushButton* button : {addButton, removeButton, upButton, downButton})
-        buttons->addWidget(button);
+    // Tool buttons stay as narrow as their labels, so the panel fits a
+    // narrow dock.
+    auto* addButton = new QToolButton;
+    removeButton = new QToolButton;
+    upButton = new QToolButton;
+    downButton = new QToolButton;
+    const QString labels[] = {tr("Add"), tr("Remove"), tr("Move Up"), tr("Move Down")};
+    QToolButton* all[] = {addButton, removeButton, upButton, downButton};
+    for (int i = 0; i < 4; ++i) {
+        all[i]->setText(labels[i]);
+        all[i]->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+        buttons->addWidget(all[i]);
+    }
     layout->addLayout(buttons);
 
     auto* editor = new QFormLayout;
@@ -46,10 +57,14 @@ LayerList::LayerList(ProjectDocument* document, Dialogs* dialogs, QWidget* paren
     editor->addRow(tr("Mode"), mode);
     layout->addLayout(editor);
 
-    connect(addButton, &QPushButton::clicked, this, &LayerList::addLayer);
-    connect(removeButton, &QPushButton::clicked, this, &LayerList::removeLayer);
-    connect(upButton, &QPushButton::clicked, this, [this] { moveLayer(-1); });
-    connect(downButton, &QPushButton::clicked, this, [this] { moveLayer(1); });
+    for (QComboBox* combo : {texture, mode}) {
+        combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+        combo->setMinimumContentsLength(8);
+    }
+    connect(addButton, &QToolButton::clicked, this, &LayerList::addLayer);
+    connect(removeButton, &QToolButton::clicked, this, &LayerList::removeLayer);
+    connect(upButton, &QToolButton::clicked, this, [this] { moveLayer(-1); });
+    connect(downButton, &QToolButton::clicked, this, [this] { moveLayer(1); });
     connect(rows, &QListWidget::currentRowChanged, this, &LayerList::refreshEditor);
     connect(name, &QLineEdit::editingFinished, this, [this] {
         const int i = currentLayer();

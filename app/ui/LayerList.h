@@ -9,7 +9,7 @@ class ProjectDocument;
 class QComboBox;
 class QLineEdit;
 class QListWidget;
-class QPushButton;
+class QToolButton;
 
 // A surface's layer list with add, remove, move up and down, and the editor
 // of the selected layer (name, texture, mode). Every change replaces the
@@ -45,7 +45,7 @@ private:
     QLineEdit* name;
     QComboBox* texture;
     QComboBox* mode;
-    QPushButton* removeButton;
-    QPushButton* upButton;
-    QPushButton* downButton;
+    QToolButton* removeButton;
+    QToolButton* upButton;
+    QToolButton* downButton;
 };

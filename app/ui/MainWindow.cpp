@@ -212,8 +212,8 @@ void MainWindow::arrangeDocks()
     if (const QScreen* screen = QApplication::primaryScreen())
         size = size.boundedTo(screen->availableSize());
     resize(size);
-    const int side = size.width() >= 1500 ? 380 : 300;
-    resizeDocks({browser, properties}, {side, side + 40}, Qt::Horizontal);
+    const bool wide = size.width() >= 1500;
+    resizeDocks({browser, properties}, {wide ? 380 : 280, wide ? 420 : 370}, Qt::Horizontal);
     resizeDocks({browser, log}, {size.height() * 3 / 5, size.height() * 2 / 5}, Qt::Vertical);
 }
 

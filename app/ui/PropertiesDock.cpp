@@ -40,8 +40,9 @@ PropertiesDock::PropertiesDock(ProjectDocument* document, Dialogs* dialogs, QWid
     auto* scroll = new QScrollArea;
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
-    // Panels wrap and squeeze to the dock's width instead of scrolling sideways.
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // Panels wrap and squeeze to the dock's width; only a dock narrower than
+    // their smallest size scrolls sideways.
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     scroll->setWidget(panels);
     setWidget(scroll);
 
