@@ -36,6 +36,7 @@ QString sampleTypeName(uint32_t type)
     case UInt32: return QStringLiteral("32-bit");
     case Int32: return QStringLiteral("32-bit signed");
     case Float32: return QStringLiteral("32-bit float");
+    case 0: return QStringLiteral("no file data");
     default: return QString::number(type);
     }
 }

@@ -132,3 +132,40 @@ TEST(MainWindow, BuildSaveAndReloadAProjectThroughTheWidgets)
     EXPECT_TRUE(dialogs.scriptUsedUp());
     window->setDialogs(nullptr);
 }
+
+TEST(MainWindow, DeletingAUsedTextureAsksNamingItsUsersAndUndoBringsItBack)
+{
+    QTemporaryDir files;
+    MainWindow* window = MainWindow::instance();
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
+    ScriptedDialogs dialogs;
+    window->setDialogs(&dialogs);
+    dialogs.answers = {Dialogs::No};
+    trigger("New Project");
+    dialogs.files = {{writePng(files.path(), "tile_color.png"), writePng(files.path(), "tile_ao.png")}};
+    trigger("Import PBR Images...");
+
+    ProjectBrowserDock* browser = window->browserDock();
+    Velmor::ProjectData& store = window->document()->store();
+    browser->selectRecord(RecordRef(store.textures[0].get()));
+    dialogs.answers = {Dialogs::No};
+    browser->deleteAction()->trigger();
+    EXPECT_EQ(store.textures.size(), 2u);
+    ASSERT_EQ(dialogs.questions.size(), 2);
+    EXPECT_EQ(dialogs.questions.last(),
+              "'tile_color' is used by:\nSurface 'NewSurface', layer 'color'\n\nDelete it and clear these references?");
+
+    dialogs.answers = {Dialogs::Yes};
+    browser->deleteAction()->trigger();
+    ASSERT_EQ(store.textures.size(), 1u);
+    EXPECT_EQ(store.surfaces[0]->layers[0].texture, nullptr);
+    // The browser moved on to a record that still exists.
+    EXPECT_EQ(window->propertiesDock()->shownRecord(), browser->currentRecord());
+
+    trigger("Undo Delete Texture 'tile_color'");
+    ASSERT_EQ(store.textures.size(), 2u);
+    EXPECT_EQ(store.surfaces[0]->layers[0].texture, store.textures[0].get());
+    EXPECT_TRUE(dialogs.scriptUsedUp());
+    window->setDialogs(nullptr);
+}
