@@ -26,9 +26,9 @@ MapPanel::MapPanel(ProjectDocument* document, QWidget* parent)
     auto* sizeRow = new QWidget;
     auto* sizeLayout = new QHBoxLayout(sizeRow);
     sizeLayout->setContentsMargins(0, 0, 0, 0);
-    sizeLayout->addWidget(width);
-    sizeLayout->addWidget(new QLabel(QStringLiteral("x")));
-    sizeLayout->addWidget(height);
+    sizeLayout->addWidget(width, 1);
+    sizeLayout->addWidget(new QLabel(QStringLiteral("x")), 0);
+    sizeLayout->addWidget(height, 1);
     auto* resizeButton = new QPushButton(tr("Resize"));
     sizeLayout->addWidget(resizeButton);
     form->addRow(tr("Size"), sizeRow);
