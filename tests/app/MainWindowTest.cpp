@@ -14,6 +14,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QSignalSpy>
@@ -133,7 +136,7 @@ TEST(MainWindow, BuildSaveAndReloadAProjectThroughTheWidgets)
     window->setDialogs(nullptr);
 }
 
-TEST(MainWindow, DeletingAUsedTextureAsksNamingItsUsersAndUndoBringsItBack)
+TEST(MainWindow, DeletingAUsedTextureAsksAndUndoesAndDroppedFilesAreImported)
 {
     QTemporaryDir files;
     MainWindow* window = MainWindow::instance();
@@ -166,6 +169,20 @@ TEST(MainWindow, DeletingAUsedTextureAsksNamingItsUsersAndUndoBringsItBack)
     trigger("Undo Delete Texture 'tile_color'");
     ASSERT_EQ(store.textures.size(), 2u);
     EXPECT_EQ(store.surfaces[0]->layers[0].texture, store.textures[0].get());
+
+    // Files dropped on the window: images become textures, meshes models.
+    QMimeData dropped;
+    dropped.setUrls({QUrl::fromLocalFile(writePng(files.path(), "extra.png")),
+                     QUrl::fromLocalFile(files.path() + "/rock.obj")});
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window, &drop);
+    EXPECT_EQ(store.textures.size(), 3u);
+    ASSERT_EQ(store.models.size(), 1u);
+    EXPECT_EQ(store.models[0]->name, "rock");
+    EXPECT_EQ(store.surfaces.size(), 1u);
     EXPECT_TRUE(dialogs.scriptUsedUp());
     window->setDialogs(nullptr);
 }
