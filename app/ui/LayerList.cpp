@@ -178,8 +178,7 @@ void LayerList::refreshEditor()
         return;
     }
     const ProjectData::SurfaceLayer& layer = surface->layers[size_t(i)];
-    if (!name->hasFocus())
-        name->setText(QString::fromStdString(layer.name));
+    name->setText(QString::fromStdString(layer.name));
     texture->setCurrentIndex(std::max(0, texture->findData(QVariant::fromValue<void*>(layer.texture))));
     mode->setCurrentIndex(int(layer.mode));
 }

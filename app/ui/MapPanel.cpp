@@ -47,7 +47,7 @@ MapPanel::MapPanel(ProjectDocument* document, QWidget* parent)
     connect(fillButton, &QPushButton::clicked, this, &MapPanel::fill);
     form->onRefresh([this, fillLabel] {
         const Image* image = map.image();
-        if (image && !width->hasFocus() && !height->hasFocus()) {
+        if (image) {
             width->setValue(int(image->width));
             height->setValue(int(image->height));
         }

@@ -26,10 +26,9 @@ QLineEdit* PropertyForm::addName()
         // The store may have made the name unique.
         edit->setText(QString::fromStdString(ownerOf().name()));
     });
-    refreshers.push_back([this, edit] {
-        if (!edit->hasFocus() || edit->text().isEmpty())
-            edit->setText(QString::fromStdString(ownerOf().name()));
-    });
+    // Refreshes come from commands, which the user starts elsewhere: the
+    // field always follows the record it shows.
+    refreshers.push_back([this, edit] { edit->setText(QString::fromStdString(ownerOf().name())); });
     layout->addRow(tr("Name"), edit);
     return edit;
 }
