@@ -19,13 +19,16 @@ using ProjectData = Velmor::ProjectData;
 // Sets `field` of `owner` to `value` as one undo step named `text`; a value
 // equal to the current one pushes nothing. The field must live as long as
 // the record (not inside a layer vector: use setLayers for layers).
+// Successive edits of one field with `merge` set are one undo step.
 template <class T>
-void setField(ProjectDocument& document, const RecordRef& owner, T& field, const T& value, const QString& text)
+void setField(ProjectDocument& document, const RecordRef& owner, T& field, const T& value, const QString& text,
+              bool merge = false)
 {
     if (field == value)
         return;
     T* target = &field;
-    document.push(new SetValueCommand<T>(&document, owner, [target]() -> T& { return *target; }, value, text));
+    document.push(new SetValueCommand<T>(&document, owner, [target]() -> T& { return *target; }, value, text,
+                                         nullptr, merge ? target : nullptr));
 }
 
 // Gives the record `name`, made unique among its kind ("name", "name_1",

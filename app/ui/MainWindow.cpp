@@ -187,6 +187,8 @@ void MainWindow::createMenus()
     tools->addSeparator();
     tools->addAction(undoAction);
     tools->addAction(redoAction);
+    view->addSeparator();
+    view->addAction(tools->toggleViewAction());
 }
 
 void MainWindow::updateUndoActions()

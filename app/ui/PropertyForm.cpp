@@ -59,7 +59,7 @@ QDoubleSpinBox* PropertyForm::addFloat(const QString& label, std::function<float
     spin->setKeyboardTracking(false);
     connect(spin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, [this, field, label](double value) {
         if (float* target = field())
-            ProjectEdits::setField(*document, ownerOf(), *target, float(value), QStringLiteral("Set ") + label);
+            ProjectEdits::setField(*document, ownerOf(), *target, float(value), QStringLiteral("Set ") + label, true);
     });
     refreshers.push_back([spin, field] {
         const QSignalBlocker blocker(spin);

@@ -75,7 +75,7 @@ QSpinBox* PropertyForm::addInt(const QString& label, std::function<T*()> field, 
     spin->setKeyboardTracking(false);
     connect(spin, QOverload<int>::of(&QSpinBox::valueChanged), this, [this, field, label](int value) {
         if (T* target = field())
-            ProjectEdits::setField(*document, ownerOf(), *target, T(value), QStringLiteral("Set ") + label);
+            ProjectEdits::setField(*document, ownerOf(), *target, T(value), QStringLiteral("Set ") + label, true);
     });
     refreshers.push_back([spin, field] {
         const QSignalBlocker blocker(spin);

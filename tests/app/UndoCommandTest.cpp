@@ -192,6 +192,32 @@ TEST_F(UndoFixture, RenamesStayUniqueAndNothingIsPushedWhileReadOnly)
     EXPECT_EQ(document.store().surfaces.size(), 3u);
 }
 
+TEST_F(UndoFixture, SuccessiveEditsOfOneFieldMergeIntoOneStep)
+{
+    QUndoStack* stack = document.undoStack();
+    for (int32_t size : {90, 80, 70})
+        setField(document, wall, wall->maskChannel, size, "Set", true);
+    EXPECT_EQ(stack->count(), 1);
+    stack->undo();
+    EXPECT_EQ(wall->maskChannel, 0);
+    stack->redo();
+    EXPECT_EQ(wall->maskChannel, 70);
+
+    // Another field does not merge; back to the start removes the step.
+    setField(document, mixed, mixed->maskFilterMode, 3, "Set", true);
+    setField(document, mixed, mixed->maskFilterMode, 0, "Set", true);
+    EXPECT_EQ(stack->count(), 1);
+    EXPECT_EQ(mixed->maskFilterMode, 0);
+
+    // No merge into the saved state: undo must still reach it.
+    stack->setClean();
+    setField(document, wall, wall->maskChannel, 60, "Set", true);
+    EXPECT_EQ(stack->count(), 2);
+    stack->undo();
+    EXPECT_FALSE(document.isModified());
+    EXPECT_EQ(wall->maskChannel, 70);
+}
+
 TEST_F(UndoFixture, LayerModeQuestionConvertsOnlyColourTexturesAndOnlyOnYes)
 {
     // No: the mode changes, the texture stays colour.
