@@ -18,7 +18,9 @@ QString patchSize(int64_t size, int64_t boundary)
     if (size < 1)
         return QStringLiteral("Must be at least 1.");
     if (boundary >= 0 && size + 2 * boundary > maxFullPatchSize)
-        return QStringLiteral("Patch with boundary is %1 pixels; at most %2.").arg(size + 2 * boundary).arg(maxFullPatchSize);
+        return QStringLiteral("Patch with boundary is %1 pixels; at most %2.")
+            .arg(size + 2 * boundary)
+            .arg(maxFullPatchSize);
     return QString();
 }
 
@@ -27,7 +29,9 @@ QString patchBoundary(int64_t size, int64_t boundary)
     if (boundary < 0)
         return QStringLiteral("Must not be negative.");
     if (size >= 1 && size + 2 * boundary > maxFullPatchSize)
-        return QStringLiteral("Patch with boundary is %1 pixels; at most %2.").arg(size + 2 * boundary).arg(maxFullPatchSize);
+        return QStringLiteral("Patch with boundary is %1 pixels; at most %2.")
+            .arg(size + 2 * boundary)
+            .arg(maxFullPatchSize);
     return QString();
 }
 

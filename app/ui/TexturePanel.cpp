@@ -118,10 +118,7 @@ void TexturePanel::setTexture(TextureData* shown)
     form->refresh();
 }
 
-void TexturePanel::refresh()
-{
-    form->refresh();
-}
+void TexturePanel::refresh() { form->refresh(); }
 
 void TexturePanel::convertToNormalMap()
 {
@@ -152,9 +149,9 @@ void TexturePanel::reload(bool chooseFile)
         return;
     QString path = texture->path;
     if (chooseFile) {
-        const QStringList chosen =
-            dialogs->chooseFiles(tr("Load Image"), QFileInfo(path).absolutePath(),
-                                 QString::fromUtf8(PbrImport::imageFilters), QString::fromUtf8(PbrImport::allImagesFilter));
+        const QStringList chosen = dialogs->chooseFiles(tr("Load Image"), QFileInfo(path).absolutePath(),
+                                                        QString::fromUtf8(PbrImport::imageFilters),
+                                                        QString::fromUtf8(PbrImport::allImagesFilter));
         if (chosen.isEmpty())
             return;
         path = chosen.first();

@@ -1,6 +1,6 @@
+#include "ProjectFlows.h"
 #include "DocumentTestSupport.h"
 #include "ProjectEdits.h"
-#include "ProjectFlows.h"
 #include "ScriptedDialogs.h"
 
 #include <gtest/gtest.h>
@@ -10,11 +10,10 @@
 
 namespace {
 
-struct Flows
-{
+struct Flows {
     ProjectDocument document;
     ScriptedDialogs dialogs;
-    ProjectFlows flows{&document, &dialogs};
+    ProjectFlows flows {&document, &dialogs};
 };
 
 } // namespace
@@ -93,8 +92,9 @@ TEST(ProjectFlows, NewAndLoadAskToSaveFirstAndCancelKeepsTheProject)
     EXPECT_FALSE(f.dialogs.waitShown);
     EXPECT_EQ(f.document.store().directionMaps.size(), 1u);
     EXPECT_EQ(f.document.directory(), directory.path());
-    EXPECT_EQ(f.dialogs.questions, QStringList({"Save current project?", "Save current project?",
-                                                "Save current project?", "Save current project?"}));
+    EXPECT_EQ(f.dialogs.questions,
+              QStringList({"Save current project?", "Save current project?", "Save current project?",
+                           "Save current project?"}));
     EXPECT_TRUE(f.dialogs.scriptUsedUp());
 }
 
@@ -105,9 +105,9 @@ TEST(ProjectFlows, QuitAsksAndOnlyQuitsWhenNothingIsCancelled)
     f.dialogs.answers = {Dialogs::Cancel, Dialogs::No, Dialogs::Yes, Dialogs::Yes};
     f.dialogs.directories = {QString(), directory.path()};
     EXPECT_FALSE(f.flows.quit()); // Cancel keeps running
-    EXPECT_TRUE(f.flows.quit());  // No quits
+    EXPECT_TRUE(f.flows.quit()); // No quits
     EXPECT_FALSE(f.flows.quit()); // Yes, but the save chooser was cancelled
-    EXPECT_TRUE(f.flows.quit());  // Yes and saved
+    EXPECT_TRUE(f.flows.quit()); // Yes and saved
     EXPECT_TRUE(QFile::exists(directory.path() + "/Cache/Mask.cache"));
     EXPECT_EQ(f.dialogs.questions.count("Save project before quit?"), 4);
 }
@@ -116,7 +116,8 @@ TEST(ProjectFlows, ImportsUseTheirChoosersAndRememberTheFolder)
 {
     QTemporaryDir files;
     Flows f;
-    f.dialogs.files = {{writePng(files.path(), "a.png"), writePng(files.path(), "b.png")}, {}, {files.path() + "/m.obj"}};
+    f.dialogs.files
+        = {{writePng(files.path(), "a.png"), writePng(files.path(), "b.png")}, {}, {files.path() + "/m.obj"}};
     f.flows.importImages();
     f.flows.importImages(); // cancelled
     f.flows.importModels();

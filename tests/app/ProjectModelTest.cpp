@@ -1,8 +1,8 @@
+#include "ProjectModel.h"
 #include "DocumentTestSupport.h"
 #include "PbrImport.h"
 #include "ProjectEdits.h"
 #include "ProjectFlows.h"
-#include "ProjectModel.h"
 #include "ScriptedDialogs.h"
 
 #include <gtest/gtest.h>
@@ -76,7 +76,10 @@ TEST(ProjectModel, FollowsEveryEditUndoAndReplacementConsistently)
 
     // Thumbnails for textures and maps, kind icons for the rest.
     EXPECT_FALSE(texture.data(Qt::DecorationRole).value<QIcon>().isNull());
-    EXPECT_FALSE(model.index(0, 0, model.groupIndex(ProjectModel::ModelsGroup)).data(Qt::DecorationRole).value<QIcon>().isNull());
+    EXPECT_FALSE(model.index(0, 0, model.groupIndex(ProjectModel::ModelsGroup))
+                     .data(Qt::DecorationRole)
+                     .value<QIcon>()
+                     .isNull());
 
     document.replaceProject(std::make_unique<Velmor::ProjectData>(), QString());
     EXPECT_EQ(model.rowCount(model.groupIndex(ProjectModel::TexturesGroup)), 0);
@@ -116,7 +119,8 @@ TEST(ProjectModel, TexturesThatFailedToLoadAreMarkedWithTheReason)
     broken.open(QIODevice::WriteOnly);
     broken.write("not a png");
     broken.close();
-    ProjectEdits::importImages(document, {files.path() + "/missing.png", broken.fileName(), writePng(files.path(), "ok.png")});
+    ProjectEdits::importImages(document,
+                               {files.path() + "/missing.png", broken.fileName(), writePng(files.path(), "ok.png")});
     const QModelIndex group = model.groupIndex(ProjectModel::TexturesGroup);
     EXPECT_TRUE(model.index(0, 0, group).data(Qt::ToolTipRole).toString().startsWith("Image file not found: "));
     EXPECT_TRUE(model.index(1, 0, group).data(Qt::ToolTipRole).toString().startsWith("Image file could not be read"));

@@ -1,7 +1,7 @@
+#include "CutoutPatchSynthesizer.h"
 #include "DocumentTestSupport.h"
 #include "ImageSynthesizer.h"
 #include "NormalMap.h"
-#include "CutoutPatchSynthesizer.h"
 #include "PbrImport.h"
 #include "ProjectEdits.h"
 #include "ScriptedDialogs.h"
@@ -19,8 +19,7 @@ namespace {
 
 // A project with every kind of record and every kind of reference between
 // them, built straight in the store (no undo history).
-class UndoFixture : public testing::Test
-{
+class UndoFixture : public testing::Test {
 protected:
     void SetUp() override
     {
@@ -36,20 +35,21 @@ protected:
         directionMap->image.resample(16, 16);
         scaleMap->image.resample(16, 16);
         wall = store.addSurface("Wall");
-        wall->layers = {{"color", colour, ProjectData::LayerMode::Color}, {"height", normal, ProjectData::LayerMode::Displacement}};
+        wall->layers = {{"color", colour, ProjectData::LayerMode::Color},
+                        {"height", normal, ProjectData::LayerMode::Displacement}};
         wall->maskTexture = colour;
         wall->directionMap = directionMap;
         wall->scaleMap = scaleMap;
         rock = store.addSurface("Rock");
-        rock->layers = {{"color", normal, ProjectData::LayerMode::Color}, {"other", colour, ProjectData::LayerMode::Color}};
+        rock->layers
+            = {{"color", normal, ProjectData::LayerMode::Color}, {"other", colour, ProjectData::LayerMode::Color}};
         mixed = store.addMixedSurface("Mixed");
         mixed->whiteSurface = wall;
         mixed->blackSurface = rock;
         mixed->maskTexture = mask;
     }
 
-    template <class T>
-    void set(const RecordRef& owner, T& field, const T& value)
+    template <class T> void set(const RecordRef& owner, T& field, const T& value)
     {
         setField(document, owner, field, value, QStringLiteral("Edit"));
     }
@@ -101,26 +101,88 @@ TEST_F(UndoFixture, EveryEditUndoesAndRedoesToIdenticalProjectFiles)
         {"new mixed surface", [&] { ProjectEdits::newMixedSurface(document); }},
         {"new direction map", [&] { ProjectEdits::newDirectionMap(document); }},
         {"new scale map", [&] { ProjectEdits::newScaleMap(document); }},
-        {"import images", [&] { ProjectEdits::importImages(document, {writePng(files.path(), "a.png"), writePng(files.path(), "b.png")}); }},
+        {"import images",
+         [&] {
+             ProjectEdits::importImages(document, {writePng(files.path(), "a.png"), writePng(files.path(), "b.png")});
+         }},
         {"import models", [&] { ProjectEdits::importModels(document, {files.path() + "/tree.obj"}); }},
-        {"PBR import", [&] { PbrImport::importFiles(document, {writePng(files.path(), "x_normal.png"), writePng(files.path(), "x_col.png")}); }},
-        {"add layer", [&] { ProjectEdits::setLayers(document, wall, layersWith(wall, [&](auto& l) { l.push_back({"ao", mask, ProjectData::LayerMode::Occlusion}); }), "Add Layer"); }},
-        {"remove layer", [&] { ProjectEdits::setLayers(document, wall, layersWith(wall, [](auto& l) { l.erase(l.begin()); }), "Remove Layer"); }},
-        {"move layer", [&] { ProjectEdits::setLayers(document, wall, layersWith(wall, [](auto& l) { std::swap(l[0], l[1]); }), "Move Layer"); }},
-        {"layer texture", [&] { ProjectEdits::setLayers(document, wall, layersWith(wall, [&](auto& l) { l[0].texture = mask; }), "Set Texture"); }},
-        {"layer mode to normal, converting", [&] { dialogs.answers = {Dialogs::Yes}; ProjectEdits::setLayerMode(document, dialogs, rock, 0, ProjectData::LayerMode::Normal); }},
-        {"fill direction map", [&] { Image filled(8, 8, Normal); ProjectEdits::replaceImage(document, directionMap, directionMap->image, filled, "Fill"); }},
-        {"resize scale map", [&] { Image resized = scaleMap->image; resized.resample(64, 32); ProjectEdits::replaceImage(document, scaleMap, scaleMap->image, resized, "Resize"); }},
-        {"fix normal map slope", [&] { Image fixed = normal->image; convertToNormalLayer(fixed); ProjectEdits::replaceImage(document, normal, normal->image, fixed, "Convert"); }},
-        {"reload texture from another file", [&] { ProjectEdits::reloadTexture(document, colour, writePng(files.path(), "other.png", false, 24)); }},
-        {"surface flags", [&] { document.undoStack()->beginMacro("Flags"); set(RecordRef(wall), wall->useDirectionMap, false); set(RecordRef(wall), wall->makeInputSeamless, true); set(RecordRef(wall), wall->masked, true); document.undoStack()->endMacro(); }},
+        {"PBR import",
+         [&] {
+             PbrImport::importFiles(document,
+                                    {writePng(files.path(), "x_normal.png"), writePng(files.path(), "x_col.png")});
+         }},
+        {"add layer",
+         [&] {
+             ProjectEdits::setLayers(document, wall,
+                                     layersWith(wall,
+                                                [&](auto& l) {
+                                                    l.push_back({"ao", mask, ProjectData::LayerMode::Occlusion});
+                                                }),
+                                     "Add Layer");
+         }},
+        {"remove layer",
+         [&] {
+             ProjectEdits::setLayers(document, wall, layersWith(wall, [](auto& l) { l.erase(l.begin()); }),
+                                     "Remove Layer");
+         }},
+        {"move layer",
+         [&] {
+             ProjectEdits::setLayers(document, wall, layersWith(wall, [](auto& l) { std::swap(l[0], l[1]); }),
+                                     "Move Layer");
+         }},
+        {"layer texture",
+         [&] {
+             ProjectEdits::setLayers(document, wall, layersWith(wall, [&](auto& l) { l[0].texture = mask; }),
+                                     "Set Texture");
+         }},
+        {"layer mode to normal, converting",
+         [&] {
+             dialogs.answers = {Dialogs::Yes};
+             ProjectEdits::setLayerMode(document, dialogs, rock, 0, ProjectData::LayerMode::Normal);
+         }},
+        {"fill direction map",
+         [&] {
+             Image filled(8, 8, Normal);
+             ProjectEdits::replaceImage(document, directionMap, directionMap->image, filled, "Fill");
+         }},
+        {"resize scale map",
+         [&] {
+             Image resized = scaleMap->image;
+             resized.resample(64, 32);
+             ProjectEdits::replaceImage(document, scaleMap, scaleMap->image, resized, "Resize");
+         }},
+        {"fix normal map slope",
+         [&] {
+             Image fixed = normal->image;
+             convertToNormalLayer(fixed);
+             ProjectEdits::replaceImage(document, normal, normal->image, fixed, "Convert");
+         }},
+        {"reload texture from another file",
+         [&] { ProjectEdits::reloadTexture(document, colour, writePng(files.path(), "other.png", false, 24)); }},
+        {"surface flags",
+         [&] {
+             document.undoStack()->beginMacro("Flags");
+             set(RecordRef(wall), wall->useDirectionMap, false);
+             set(RecordRef(wall), wall->makeInputSeamless, true);
+             set(RecordRef(wall), wall->masked, true);
+             document.undoStack()->endMacro();
+         }},
         {"mask channel", [&] { set<int32_t>(wall, wall->maskChannel, 2); }},
         {"mask texture", [&] { set<ProjectData::TextureData*>(rock, rock->maskTexture, mask); }},
         {"clear direction map", [&] { set<ProjectData::DirectionMapData*>(wall, wall->directionMap, nullptr); }},
         {"method", [&] { set<size_t>(wall, wall->currentSynthesizerIndex, 1); }},
-        {"patch size", [&] { auto* p = static_cast<Velmor::ImageSynthesizer::PatchSynthesizerParams*>(wall->synthesizers[0]->params); set<int32_t>(wall, p->patchSize, 64); }},
+        {"patch size",
+         [&] {
+             auto* p = static_cast<Velmor::ImageSynthesizer::PatchSynthesizerParams*>(wall->synthesizers[0]->params);
+             set<int32_t>(wall, p->patchSize, 64);
+         }},
         {"target width", [&] { set<uint32_t>(wall, wall->synthesizers[0]->params->targetWidth, 2048u); }},
-        {"feather", [&] { auto* p = static_cast<Velmor::CutoutPatchSynthesizer::CutoutPatchSynthesizerParams*>(wall->synthesizers[1]->params); set<int32_t>(wall, p->feather, 9); }},
+        {"feather",
+         [&] {
+             auto* p = static_cast<Velmor::CutoutPatchSynthesizer::CutoutPatchSynthesizerParams*>(
+                 wall->synthesizers[1]->params);
+             set<int32_t>(wall, p->feather, 9);
+         }},
         {"white surface", [&] { set<ProjectData::SurfaceData*>(mixed, mixed->whiteSurface, rock); }},
         {"mixed flags", [&] { set(RecordRef(mixed), mixed->tileMask, true); }},
         {"mask filter mode", [&] { set<int32_t>(mixed, mixed->maskFilterMode, 1); }},
@@ -151,7 +213,8 @@ TEST_F(UndoFixture, EveryEditUndoesAndRedoesToIdenticalProjectFiles)
 TEST_F(UndoFixture, DeletingATextureAsksNothingButClearsEveryReferenceAndUndoRestoresThem)
 {
     EXPECT_EQ(ProjectEdits::referrers(document, colour),
-              QStringList({"Surface 'Wall', layer 'color'", "Surface 'Wall', mask texture", "Surface 'Rock', layer 'other'"}));
+              QStringList(
+                  {"Surface 'Wall', layer 'color'", "Surface 'Wall', mask texture", "Surface 'Rock', layer 'other'"}));
     EXPECT_EQ(ProjectEdits::referrers(document, wall), QStringList({"Mixed surface 'Mixed', white surface"}));
     EXPECT_TRUE(ProjectEdits::referrers(document, model).isEmpty());
 
@@ -177,7 +240,7 @@ TEST_F(UndoFixture, RenamesStayUniqueAndNothingIsPushedWhileReadOnly)
     ProjectEdits::rename(document, rock, "Wall");
     EXPECT_EQ(rock->name, "Wall_1");
     ProjectEdits::rename(document, rock, "Wall_1"); // its own name: no step
-    ProjectEdits::rename(document, rock, "  ");      // empty: refused
+    ProjectEdits::rename(document, rock, "  "); // empty: refused
     EXPECT_EQ(document.undoStack()->count(), 1);
     // A numbered name is not parsed: the counter goes after it.
     ProjectEdits::rename(document, wall, "Wall_1");
@@ -241,6 +304,5 @@ TEST_F(UndoFixture, LayerModeQuestionConvertsOnlyColourTexturesAndOnlyOnYes)
     ProjectEdits::setLayerMode(document, dialogs, wall, 0, ProjectData::LayerMode::Normal);
     EXPECT_EQ(mask->image.format, Gray);
     EXPECT_EQ(wall->layers[0].mode, ProjectData::LayerMode::Normal);
-    EXPECT_EQ(dialogs.questions,
-              QStringList({normalLayerQuestion, normalLayerQuestion, normalLayerNotConvertible}));
+    EXPECT_EQ(dialogs.questions, QStringList({normalLayerQuestion, normalLayerQuestion, normalLayerNotConvertible}));
 }
