@@ -40,7 +40,7 @@ void BlendedPatch::paste(uint8_t* filledMask, const Image* writeMask)
 {
     if (weightsSize != fullSize() || weightsBoundary != patchBoundary)
         makeWeights();
-    pasteWeighted(weights.data(), false, filledMask, writeMask);
+    pasteWeighted(weights.data(), true, filledMask, writeMask);
 }
 
 } // namespace Velmor

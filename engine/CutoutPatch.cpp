@@ -1,6 +1,8 @@
 #include "CutoutPatch.h"
 
 #include "Image.h"
+#include "LayerView.h"
+#include "LayeredImage.h"
 
 #include <omp.h>
 
@@ -134,7 +136,7 @@ void CutoutPatch::cutSide(int side)
     }
 }
 
-void CutoutPatch::computeWeights()
+void CutoutPatch::computeWeights(const uint8_t* filledMask)
 {
     const int32_t F = fullSize();
     const int32_t B = patchBoundary;
@@ -165,6 +167,19 @@ void CutoutPatch::computeWeights()
             }
         }
     }
+    // Where the target holds nothing yet there is nothing to blend with: the
+    // cut gives those pixels to the source.
+    const Image* first = target && !target->layers.empty() ? target->layers[0] : nullptr;
+    if (!filledMask || !first || first->isEmpty())
+        return;
+    const int32_t width = int32_t(first->width);
+    const int32_t height = int32_t(first->height);
+    for (int32_t dy = 0; dy < F; ++dy) {
+        const uint8_t* filledRow = filledMask + int64_t(foldRepeat(y + dy, height)) * width;
+        for (int32_t dx = 0; dx < F; ++dx)
+            if (!filledRow[foldRepeat(x + dx, width)])
+                weights[int64_t(dy) * F + dx] = 1.0f;
+    }
 }
 
 void CutoutPatch::paste(uint8_t* filledMask, const Image* writeMask)
@@ -173,9 +188,8 @@ void CutoutPatch::paste(uint8_t* filledMask, const Image* writeMask)
         discardBest();
         return;
     }
-    computeWeights();
-    // Where the target holds nothing yet the source is taken whatever the cut.
-    pasteWeighted(weightImage->data, true, filledMask, writeMask);
+    computeWeights(filledMask);
+    pasteWeighted(weightImage->data, false, filledMask, writeMask);
 }
 
 } // namespace Velmor

@@ -23,8 +23,11 @@ public:
     void onBetterCandidate() override;
 
     // Fills `weightImage` (fullSize x fullSize) with the source weight of
-    // every patch pixel from bestErrorMap; public so the cut can be checked.
-    void computeWeights();
+    // every patch pixel from bestErrorMap, and weight 1 wherever the target
+    // at (x, y) is not filled in `filledMask` (when given). The paste then
+    // writes lerp(target, source, weight) everywhere; public so the cut can
+    // be checked.
+    void computeWeights(const uint8_t* filledMask = nullptr);
 
     int32_t feather = 4;
     Image* errorMap = nullptr;

@@ -275,7 +275,7 @@ int Patch::pasteTeamSize(int layerCount) const
     return (F > targetWidth || F > targetHeight) ? 1 : teamFor(layerCount);
 }
 
-void Patch::pasteWeighted(const float* weights, bool unfilledTakesSource, uint8_t* filledMask, const Image* writeMask)
+void Patch::pasteWeighted(const float* weights, bool skipUnfilledRing, uint8_t* filledMask, const Image* writeMask)
 {
     const int32_t F = fullSize();
     if (!bestSource || !bestSource->source || !filledMask || F <= 0 || size_t(F) * F != rowWeights.size()
@@ -308,8 +308,8 @@ void Patch::pasteWeighted(const float* weights, bool unfilledTakesSource, uint8_
                 if (!(maskValue[0] > 0.5f))
                     w = -1.0f;
             }
-            if (w >= 0.0f && w < 1.0f && !filledRow[tx])
-                w = unfilledTakesSource ? 1.0f : -1.0f;
+            if (skipUnfilledRing && w >= 0.0f && w < 1.0f && !filledRow[tx])
+                w = -1.0f;
             rowWeight[dx] = w;
         }
         for (int l = 0; l < layerCount; ++l) {

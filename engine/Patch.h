@@ -49,10 +49,11 @@ public:
 protected:
     // Writes bestSource into the target with one weight per full-patch pixel
     // (row-major, fullSize wide): below 0 skips the pixel, 1 or more copies
-    // the source, anything between cross-fades from the target. A pixel whose
-    // target is not filled yet is skipped, or takes the source when
-    // `unfilledTakesSource`. Written pixels are marked filled.
-    void pasteWeighted(const float* weights, bool unfilledTakesSource, uint8_t* filledMask, const Image* writeMask);
+    // the source, anything between cross-fades from the target. With
+    // `skipUnfilledRing` a pixel of weight below 1 whose target is not filled
+    // yet is skipped (a later core covers it); otherwise every weight is used
+    // as given. Written pixels are marked filled.
+    void pasteWeighted(const float* weights, bool skipUnfilledRing, uint8_t* filledMask, const Image* writeMask);
     void discardBest();
 
     // fullSize x fullSize per-pixel ring errors of the last evaluate (0 where

@@ -201,4 +201,31 @@ TEST(Patch, CutoutCutFollowsTheLowErrorValleyAndFillsThePatch)
             ASSERT_EQ(filled[ty * 48 + tx], 1);
             ASSERT_NEAR(target->layers[1]->pixelAt(tx, ty)[2], source->layers[1]->pixelAt(1 + dx, 2 + dy)[2], 1e-6f);
         }
+
+    // Half filled: the cut gives the unfilled pixels weight 1, and every
+    // pixel becomes lerp(target, source, weight), unfilled or not.
+    scribble(*target, 5);
+    const Image before = *target->layers[0];
+    for (int i = 0; i < 48 * 48; ++i)
+        filled[i] = i % 48 < 24 ? 1 : 0;
+    patch.x = 10, patch.y = 10; // columns 10..37: both halves
+    patch.feather = 4;
+    patch.evaluate(candidate, filled.data(), true);
+    patch.paste(filled.data(), nullptr);
+    int blended = 0;
+    for (int dy = 0; dy < F; ++dy)
+        for (int dx = 0; dx < F; ++dx) {
+            const int tx = 10 + dx, ty = 10 + dy;
+            const float a = w[dy * F + dx];
+            if (tx >= 24)
+                ASSERT_EQ(a, 1.0f) << dx << "," << dy;
+            blended += a > 0.0f && a < 1.0f;
+            ASSERT_EQ(filled[ty * 48 + tx], 1);
+            for (int c = 0; c < 3; ++c) {
+                const float t = before.pixelAt(tx, ty)[c], s = source->layers[0]->pixelAt(1 + dx, 2 + dy)[c];
+                const float expected = a < 1.0f ? (s - t) * a + t : s;
+                ASSERT_NEAR(target->layers[0]->pixelAt(tx, ty)[c], expected, 1e-6f) << dx << "," << dy;
+            }
+        }
+    EXPECT_GT(blended, 0); // the feathered seam was crossed
 }
