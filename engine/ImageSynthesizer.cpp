@@ -10,6 +10,7 @@
 #include <tinyxml2.h>
 
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <typeinfo>
 #include <vector>
@@ -331,6 +332,8 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
     int total = 0;
     int timedOut = 0;
     int lastPercent = -1;
+    bool warnedDirection = false;
+    bool warnedScale = false;
     PatchSource candidate(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f);
 
     int32_t x = 0;
@@ -358,7 +361,12 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
                                                mapCoordinate(cy, T.height, direction->height));
             const float vx = d[0];
             const float vy = d.channels() > 1 ? d[1] : 0.0f;
-            if (!(vx == 0.0f && vy == 0.0f)) {
+            if (!std::isfinite(vx) || !std::isfinite(vy)) {
+                if (!warnedDirection)
+                    logMessage(Warning, "The direction map holds values that are not finite numbers; those pixels "
+                                        "count as no direction.");
+                warnedDirection = true;
+            } else if (!(vx == 0.0f && vy == 0.0f)) {
                 dirX = vx;
                 dirY = vy;
             }
@@ -367,7 +375,14 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
         if (scaling) {
             const float v = scaling->pixelAt(mapCoordinate(cx, T.width, scaling->width),
                                              mapCoordinate(cy, T.height, scaling->height))[0];
-            scale = v < 1.0f ? (1.0f - v) + (1.0f - v) + 1.0f : 1.0f - (v - 1.0f) * 0.1f;
+            if (!std::isfinite(v)) {
+                if (!warnedScale)
+                    logMessage(Warning, "The scale map holds values that are not finite numbers; those pixels count "
+                                        "as scale 1.");
+                warnedScale = true;
+            } else {
+                scale = v < 1.0f ? (1.0f - v) + (1.0f - v) + 1.0f : 1.0f - (v - 1.0f) * 0.1f;
+            }
         }
 
         uint32_t tries = 0;

@@ -40,7 +40,9 @@ struct LayerView
     inline const float* row(int32_t foldedY) const { return data + int64_t(width) * channels * foldedY; }
     inline const float* at(int32_t x, int32_t y) const { return row(foldY(y)) + int64_t(channels) * foldX(x); }
 
-    // Image::pixelAt's wrap rule, folding as often as needed.
+    // Image::pixelAt's wrap rule. Deliberately folds Repeat coordinates that
+    // lie more than one period away and clamps unknown wrap modes, where a
+    // single fold would read outside the buffer.
     static inline int32_t fold(int32_t v, int32_t n, WrapMode mode) { return wrapCoordinate(v, n, mode); }
 };
 

@@ -55,29 +55,30 @@ void PSGMasked::prepare(const LayeredImage& source)
     candidates.clear();
     const Image* mask = source.mask;
     useMask = mask != nullptr;
-    const int32_t W = width;
-    const int32_t H = height;
+    const int32_t W = std::max(0, width);
+    const int32_t H = std::max(0, height);
     if (!mask)
         return;
     logMessage(Info, "Preprocessing surface mask.");
-    if (mask->isEmpty() || W <= 0 || H <= 0) {
-        logMessage(Error, "Cannot find suitable source pixels for given pattern with. Mask is turned off. Try using "
-                          "smaller patch size!");
-        useMask = false;
-        return;
-    }
     uint32_t channel = source.maskChannel;
     if (channel >= mask->channels())
         channel = 0;
     const int32_t b = patchBoundary;
     const int32_t P = patchSize;
 
-    // Column-major grids: the mask test (A) and phase Y's result (B).
-    std::vector<uint8_t> A(size_t(W) * H);
+    // Column-major grids: the mask test (A) and phase Y's result (B). A mask
+    // without pixels counts as black everywhere.
+    std::vector<uint8_t> A(size_t(W) * H, 0);
     std::vector<uint8_t> B(size_t(W) * H, 0);
-    for (int32_t x = 0; x < W; ++x)
-        for (int32_t y = 0; y < H; ++y)
-            A[size_t(x) * H + y] = mask->pixelAt(x, y)[int(channel)] > 0.0f;
+    bool anyOn = false;
+    if (!mask->isEmpty() && mask->channels() > 0) {
+        for (int32_t x = 0; x < W; ++x)
+            for (int32_t y = 0; y < H; ++y) {
+                const bool on = mask->pixelAt(x, y)[int(channel)] > 0.0f;
+                A[size_t(x) * H + y] = on;
+                anyOn = anyOn || on;
+            }
+    }
 
     // Phase Y: a column position qualifies when the whole patch height from
     // it is on the mask (rows above the image are ignored, rows below end
@@ -129,6 +130,16 @@ void PSGMasked::prepare(const LayeredImage& source)
     if (candidates.empty()) {
         logMessage(Error, "Cannot find suitable source pixels for given pattern with. Mask is turned off. Try using "
                           "smaller patch size!");
+        if (mask->isEmpty() || W == 0 || H == 0)
+            logMessage(Error, "The surface mask has no pixels (%u x %u).", mask->width, mask->height);
+        else if (!anyOn)
+            logMessage(Error, "The surface mask is black everywhere in channel %u: no pixel is above 0.", channel);
+        else
+            logMessage(Error,
+                       "No white area of the surface mask is large enough for a whole patch of %lld x %lld pixels "
+                       "(patch size %i plus boundary %i on each side) away from the mask's edges; patches are taken "
+                       "from anywhere in the source instead.",
+                       (long long)P + 2LL * b, (long long)P + 2LL * b, P, b);
         useMask = false;
     }
     writeFinalMask(B, W, H);

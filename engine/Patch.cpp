@@ -128,6 +128,9 @@ void Patch::init(LayeredImage* targetImage, int32_t size, int32_t boundary)
     target = targetImage;
     patchSize = size;
     patchBoundary = boundary;
+    // A new run starts from no best candidate: one left over from an earlier
+    // run (cancelled between evaluate and paste) belongs to another target
+    // and must not be pasted into this one. This is deliberate and stays.
     discardBest();
     teamSize = std::max(1, std::min(16, omp_get_max_threads()));
     boundSource = nullptr;

@@ -10,7 +10,8 @@ namespace Velmor {
 // Turns the progress of the passes and phases of one run into a single bar
 // that only moves forward: each stage reports 0..100 of its own, which is
 // mapped into the stage's share of the run, and only increases of the whole
-// are passed on. Stages nest: a stage callback can feed another RunProgress.
+// are passed on (deliberately one bar per run rather than one per pass, so
+// that it never jumps back when the next pass starts). Stages nest: a stage callback can feed another RunProgress.
 class RunProgress
 {
 public:

@@ -1,5 +1,6 @@
 #include "EngineTestImages.h"
 #include "HaltonSequence.h"
+#include "ImageFile.h"
 #include "PDGBoundary.h"
 #include "PDG_GridAll.h"
 #include "PSGBoundaryAll.h"
@@ -106,6 +107,27 @@ TEST(SourceGenerators, PositionsStayInRangeAndFollowTheSeed)
     EXPECT_TRUE(b[1] > 64 - 24 && b[3] > 48 - 24);
 }
 
+TEST(SourceGenerators, ExactDrawsFromTheSeededStream)
+{
+    // The classic 15-bit stream: seed 1 starts 41, 18467, 6334, 26500.
+    RandomGenerator random(1);
+    for (int expected : {41, 18467, 6334, 26500, 19169, 15724})
+        EXPECT_EQ(random.next(), expected);
+
+    // x from the first draw, y from the second, over a source that is wider
+    // than high: (40 x 24 positions) 41 -> 0, 18467 -> 13, 6334 -> 7, 26500 -> 19.
+    auto source = EngineTest::makeSource(64, 48);
+    PSGBoundaryAll whole;
+    whole.random.seed(1);
+    whole.init(*source, 16, 4);
+    EXPECT_EQ(draw(whole, 2), (Positions{{0, 13}, {7, 19}}));
+    // Unmasked, the masked generator spans the whole 64 x 48.
+    PSGMasked masked;
+    masked.random.seed(1);
+    masked.init(*source, 16, 4);
+    EXPECT_EQ(draw(masked, 2), (Positions{{0, 27}, {12, 38}}));
+}
+
 TEST(SourceGenerators, DifferentLayerSizesWarnAndUseTheSmallest)
 {
     auto source = EngineTest::makeSource(40, 30);
@@ -117,8 +139,10 @@ TEST(SourceGenerators, DifferentLayerSizesWarnAndUseTheSmallest)
     EXPECT_TRUE(log.has("Input textures have different resolutions. Using minimal lowest resolution.", Warning));
 }
 
-// The filter rules written out literally, one scan per position.
-static Positions literalCandidates(const Image& mask, int W, int H, int P, int b)
+// The filter rules written out literally, one scan per position; `phaseY`
+// receives the first phase's grid.
+static Positions literalCandidates(const Image& mask, int W, int H, int P, int b,
+                                   std::vector<std::vector<bool>>* phaseY = nullptr)
 {
     std::vector<std::vector<bool>> column(W, std::vector<bool>(H, false));
     for (int x = b + 1; x < W - P - b; ++x)
@@ -128,6 +152,8 @@ static Positions literalCandidates(const Image& mask, int W, int H, int P, int b
                 ok = mask.pixelAt(x, y + dy)[0] > 0.0f;
             column[x][y] = ok;
         }
+    if (phaseY)
+        *phaseY = column;
     Positions out;
     for (int y = b + 1; y < H - b - P; ++y)
         for (int x = 0; x < W - b - P; ++x) {
@@ -160,13 +186,38 @@ TEST(SourceGenerators, MaskKeepsOnlyPatchesOnTheMask)
         source->mask = &mask;
         source->maskChannel = 1;
         PSGMasked generator;
+        EngineTest::LogRecorder log;
         generator.init(*source, 6, 2);
-        const Positions expected = literalCandidates(channelOne, W, H, 6, 2);
+        const std::vector<std::pair<QString, int>> messages = {{"Preprocessing surface mask.", Info},
+                                                               {"Filtering surface mask (phase Y).", Info},
+                                                               {"Filtering surface mask (phase X).", Info}};
+        EXPECT_EQ(log.lines, messages);
+        std::vector<std::vector<bool>> phaseY;
+        const Positions expected = literalCandidates(channelOne, W, H, 6, 2, &phaseY);
         ASSERT_FALSE(expected.empty());
         EXPECT_TRUE(generator.useMask);
         EXPECT_EQ(Positions(generator.candidates.begin(), generator.candidates.end()), expected);
-        for (auto p : draw(generator, 200)) // every drawn position is a candidate
-            ASSERT_NE(std::find(expected.begin(), expected.end(), p), expected.end());
+
+        // Halton picks: index q x (count - 1) of the process-wide sequence.
+        HaltonSequence shadow(13);
+        shadow.value = HaltonSequence::instance().value;
+        const size_t n = expected.size();
+        bool countWouldDiffer = false;
+        for (auto p : draw(generator, 200)) {
+            const double q = shadow.next();
+            ASSERT_EQ(p, expected[size_t(q * double(n - 1))]);
+            countWouldDiffer = countWouldDiffer || size_t(q * double(n)) != size_t(q * double(n - 1));
+        }
+        EXPECT_TRUE(countWouldDiffer);
+
+        // "finalmask.png" holds the first phase's grid.
+        Image written;
+        ImageFileInfo info;
+        ASSERT_TRUE(loadImage(info, dir.filePath("finalmask.png"), written));
+        ASSERT_TRUE(written.width == uint32_t(W) && written.height == uint32_t(H) && written.format == Gray);
+        for (int y = 0; y < H; ++y)
+            for (int x = 0; x < W; ++x)
+                ASSERT_EQ(written.pixelAt(x, y)[0], phaseY[x][y] ? 1.0f : 0.0f) << x << "," << y;
     }
 
     // An all-black mask (or a channel beyond the mask's) falls back to the whole source.
@@ -185,5 +236,33 @@ TEST(SourceGenerators, MaskKeepsOnlyPatchesOnTheMask)
     const auto b = bounds(draw(generator, 1000));
     EXPECT_TRUE(b[0] >= 0 && b[1] <= 30 && b[1] > 20);
     EXPECT_TRUE(QFile::exists(dir.filePath("finalmask.png")));
+    EXPECT_EQ(log.count(Error), 2); // the message and what was wrong with the mask
+    EXPECT_TRUE(log.anyContains("black everywhere in channel 0", Error));
+
+    // A mask without pixels goes through the same steps and says so.
+    QFile::remove(dir.filePath("finalmask.png"));
+    Image none;
+    source->mask = &none;
+    log.lines.clear();
+    generator.init(*source, 6, 2);
+    EXPECT_FALSE(generator.useMask);
+    EXPECT_TRUE(log.has("Filtering surface mask (phase Y).", Info));
+    EXPECT_TRUE(log.has("Filtering surface mask (phase X).", Info));
+    EXPECT_TRUE(log.has("Cannot find suitable source pixels for given pattern with. Mask is turned off. Try using "
+                        "smaller patch size!",
+                        Error));
+    EXPECT_TRUE(log.anyContains("The surface mask has no pixels (0 x 0)", Error));
+
+    // White, but nowhere wide enough for a whole patch.
+    Image thin(30, 30, Gray);
+    for (int y = 0; y < 30; ++y)
+        for (int x = 10; x < 14; ++x)
+            thin.data[y * 30 + x] = 1.0f;
+    source->mask = &thin;
+    log.lines.clear();
+    generator.init(*source, 6, 2);
+    EXPECT_FALSE(generator.useMask);
+    EXPECT_TRUE(log.anyContains("No white area of the surface mask is large enough for a whole patch of 10 x 10",
+                                Error));
     QDir::setCurrent(previous);
 }

@@ -217,8 +217,9 @@ TEST(Patch, CutoutCutFollowsTheLowErrorValleyAndFillsThePatch)
         for (int dx = 0; dx < F; ++dx) {
             const int tx = 10 + dx, ty = 10 + dy;
             const float a = w[dy * F + dx];
-            if (tx >= 24)
+            if (tx >= 24) {
                 ASSERT_EQ(a, 1.0f) << dx << "," << dy;
+            }
             blended += a > 0.0f && a < 1.0f;
             ASSERT_EQ(filled[ty * 48 + tx], 1);
             for (int c = 0; c < 3; ++c) {

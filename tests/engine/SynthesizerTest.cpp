@@ -1,18 +1,22 @@
+#include "BasicPatchSynthesizer.h"
 #include "CutoutPatchSynthesizer.h"
 #include "EngineTestImages.h"
 #include "PDG_GridAll.h"
 #include "PSGBoundaryAll.h"
+#include "PatchSource.h"
 #include "SynthesizerFactory.h"
 
 #include <gtest/gtest.h>
 #include <omp.h>
 
 #include <functional>
+#include <limits>
 #include <numeric>
 
 using namespace Velmor;
 using Params = ImageSynthesizer::PatchSynthesizerParams;
 using Pixels = std::vector<std::vector<float>>;
+using Positions = std::vector<std::pair<int, int>>;
 
 namespace {
 
@@ -69,7 +73,165 @@ struct CancellingSource : PSGBoundaryAll
     int remaining;
 };
 
+// A patch that records every candidate it is shown and reports a set error,
+// so the loop's own rules can be checked exactly.
+struct RecordingPatch : Patch
+{
+    struct Try
+    {
+        int32_t x, y, sx, sy;
+        float dirX, dirY, scale;
+    };
+    float evaluate(const PatchSource& c, const uint8_t*, bool) override
+    {
+        tries.push_back({x, y, c.sx, c.sy, c.dirX, c.dirY, c.scale});
+        return error;
+    }
+    void paste(uint8_t*, const Image*) override { ++pastes; }
+    float error = 0.0f;
+    std::vector<Try> tries;
+    int pastes = 0;
+};
+
+struct RecordingSynthesizer : BasicPatchSynthesizer
+{
+    RecordingSynthesizer()
+    {
+        auto* p = patchParams();
+        p->patchSize = 16;
+        p->patchBoundary = 4; // half size 12
+        p->targetWidth = p->targetHeight = 96;
+    }
+    Patch* preparePatch() override
+    {
+        recorder.init(target, patchParams()->patchSize, patchParams()->patchBoundary);
+        return &recorder;
+    }
+    Params* settings() { return patchParams(); }
+    RecordingPatch recorder;
+};
+
+// Yields the given positions in order.
+struct ListedPositions : PixelDestGenerator
+{
+    explicit ListedPositions(Positions list) : positions(std::move(list)) {}
+    bool next(int32_t& x, int32_t& y) override
+    {
+        if (index >= positions.size())
+            return false;
+        x = positions[index].first;
+        y = positions[index++].second;
+        return true;
+    }
+    Positions positions;
+    size_t index = 0;
+};
+
 } // namespace
+
+TEST(Synthesizer, GuidanceIsReadAtThePatchCentre)
+{
+    auto source = EngineTest::makeSource(40, 40);
+    // 4 x 3 maps over the 96 x 96 target: centre (cx, cy) reads map pixel
+    // (cx / 95 * 3, cy / 95 * 2), truncated.
+    Image direction(4, 3, RGB), scale(4, 3, Gray);
+    auto set = [&](int mx, int my, float dx, float dy, float s) {
+        direction.data[3 * (my * 4 + mx)] = dx;
+        direction.data[3 * (my * 4 + mx) + 1] = dy;
+        scale.data[my * 4 + mx] = s;
+    };
+    const float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
+    set(0, 0, 0.6f, 0.8f, 0.5f);
+    set(3, 2, 0.0f, 0.0f, 2.0f);
+    set(1, 1, -0.28f, 0.96f, 0.0f);
+    set(1, 0, nan, 0.5f, inf);
+    set(2, 1, 0.8f, -0.6f, 1.5f);
+    set(2, 0, 0.3f, inf, nan);
+    // Centres (0, 0), (95, 95), (42, 62), (60, 20), (64, 48), (90, 10).
+    const Positions where = {{-12, -12}, {83, 83}, {30, 50}, {48, 8}, {52, 36}, {78, -2}};
+    struct Guide
+    {
+        float dirX, dirY, scale;
+    };
+    const std::vector<Guide> expected = {{0.6f, 0.8f, 2.0f},  {0.0f, 1.0f, 0.9f}, {-0.28f, 0.96f, 3.0f},
+                                         {0.0f, 1.0f, 1.0f},  {0.8f, -0.6f, 0.95f}, {0.0f, 1.0f, 1.0f}};
+
+    RecordingSynthesizer synthesizer;
+    synthesizer.setInputs(source.get(), 96, 96, &direction, &scale, nullptr);
+    ListedPositions destination(where);
+    PSGBoundaryAll candidates;
+    EngineTest::LogRecorder log;
+    synthesizer.synthesize(&destination, &candidates, nullptr, 0);
+    ASSERT_EQ(synthesizer.recorder.tries.size(), expected.size());
+    for (size_t i = 0; i < expected.size(); ++i) {
+        const RecordingPatch::Try& t = synthesizer.recorder.tries[i];
+        EXPECT_TRUE(t.x == where[i].first && t.y == where[i].second) << i;
+        EXPECT_EQ(t.dirX, expected[i].dirX) << i;
+        EXPECT_EQ(t.dirY, expected[i].dirY) << i;
+        EXPECT_FLOAT_EQ(t.scale, expected[i].scale) << i;
+    }
+    // Values that are not numbers count as no direction and scale 1, with one
+    // warning per map.
+    EXPECT_EQ(log.count(Warning), 2);
+    EXPECT_TRUE(log.anyContains("The direction map holds values that are not finite numbers", Warning));
+    EXPECT_TRUE(log.anyContains("The scale map holds values that are not finite numbers", Warning));
+}
+
+TEST(Synthesizer, ErrorRulesProgressAndCancelOfTheLoop)
+{
+    auto source = EngineTest::makeSource(40, 40); // three layers
+    RecordingSynthesizer synthesizer;
+    Params* p = synthesizer.settings();
+    synthesizer.setInputs(source.get(), 96, 96, nullptr, nullptr, nullptr);
+    PSGBoundaryAll candidates;
+    EngineTest::LogRecorder log;
+    auto runGrid = [&](float error, ImageSynthesizer::Progress progress = nullptr) {
+        synthesizer.recorder.tries.clear();
+        synthesizer.recorder.pastes = 0;
+        synthesizer.recorder.error = error;
+        log.lines.clear();
+        PDG_GridAll destination;
+        synthesizer.synthesize(&destination, &candidates, progress, 0);
+    };
+
+    // Only the first layer compared: the error is still divided by the
+    // layer count (0.3 / 3 = 0.1 passes 0.15 at the first try).
+    p->useAllLayers = false;
+    p->errorThreshold = 0.15f;
+    p->maxTries = 5;
+    std::vector<int> progress;
+    runGrid(0.3f, [&](int percent) { progress.push_back(percent); });
+    EXPECT_TRUE(log.has("Texture synthesis started.", Info));
+    EXPECT_EQ(synthesizer.recorder.tries.size(), 49u);
+    EXPECT_EQ(synthesizer.recorder.pastes, 49);
+    EXPECT_TRUE(log.has("0 patches out of 49 timed out", Info));
+    // Progress from the top-left row y = -12, 4, 20 ... 84 of 96 rows; only
+    // increases over -1 are reported, so the first row gives nothing.
+    EXPECT_EQ(progress, (std::vector<int>{4, 20, 37, 54, 70, 87}));
+    // 0.48 / 3 = 0.16 does not: every position uses all five tries.
+    runGrid(0.48f);
+    EXPECT_EQ(synthesizer.recorder.tries.size(), 49u * 5);
+    EXPECT_TRUE(log.has("49 patches out of 49 timed out", Info));
+
+    // A NaN error is accepted at once and not counted as timed out.
+    runGrid(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ(synthesizer.recorder.tries.size(), 49u);
+    EXPECT_TRUE(log.has("0 patches out of 49 timed out", Info));
+
+    // Tries without end still stop at a cancel.
+    p->maxTries = UINT32_MAX;
+    p->errorThreshold = 0.0f;
+    synthesizer.recorder.tries.clear();
+    synthesizer.recorder.pastes = 0;
+    synthesizer.recorder.error = 1.0f;
+    CancellingSource cancelling(synthesizer, 5000);
+    ListedPositions destination({{0, 30}, {0, 60}});
+    progress.clear();
+    synthesizer.synthesize(&destination, &cancelling, [&](int percent) { progress.push_back(percent); }, 0);
+    EXPECT_EQ(synthesizer.recorder.tries.size(), 5000u);
+    EXPECT_EQ(synthesizer.recorder.pastes, 0);
+    EXPECT_EQ(progress, std::vector<int>{31}); // reported before the first try
+}
 
 TEST(Synthesizer, BadSettingsAreRefusedBeforeAnythingRuns)
 {
