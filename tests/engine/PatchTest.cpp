@@ -230,3 +230,74 @@ TEST(Patch, CutoutCutFollowsTheLowErrorValleyAndFillsThePatch)
         }
     EXPECT_GT(blended, 0); // the feathered seam was crossed
 }
+
+// A write mask of another shape than the target is stretched over each axis
+// by its own size; sampled normals turn with the patch.
+TEST(Patch, NonSquareWriteMaskAndTurnedNormals)
+{
+    auto source = EngineTest::makeSource(32, 32);
+    auto target = makeTarget(32, 32, *source);
+    scribble(*target, 9);
+    const Image greyBefore(*target->layers[2]);
+    std::vector<uint8_t> filled(32 * 32, 1);
+    // 8 wide, 4 high: the top two rows open. Row ty of the target reads mask
+    // row ty / 32 * 4, so rows 0..11 or so are written, none below 16.
+    Image mask(8, 4, Gray);
+    mask.wrapMode = Clamp;
+    for (int i = 0; i < 16; ++i)
+        mask.data[i] = 1.0f;
+    BlendedPatch patch;
+    patch.init(target.get(), 32, 0);
+    PatchSource candidate(source.get(), 0, 0, 16, 0.0f, 1.0f, 1.0f);
+    patch.evaluate(candidate, filled.data(), true);
+    patch.paste(filled.data(), &mask);
+    int written = 0;
+    for (int ty = 0; ty < 32; ++ty)
+        for (int tx = 0; tx < 32; ++tx) {
+            Pixel m(Gray);
+            mask.sample(float(tx) / 32.0f * 8.0f, float(ty) / 32.0f * 4.0f, Linear, m);
+            const bool open = m[0] > 0.5f;
+            const float expected = open ? source->layers[2]->pixelAt(tx, ty)[0] : greyBefore.pixelAt(tx, ty)[0];
+            ASSERT_EQ(target->layers[2]->pixelAt(tx, ty)[0], expected) << tx << "," << ty;
+            if (ty >= 16) {
+                ASSERT_FALSE(open) << ty;
+            }
+            written += open;
+        }
+    EXPECT_GE(written, 32 * 8);
+
+    // A constant normal sampled through a turned patch turns back by the
+    // patch direction: (x, y) -> (x dirY + y dirX, y dirY - x dirX).
+    Image& normal = *source->layers[1];
+    auto setNormal = [&](float x, float y, float z) {
+        for (uint64_t i = 0; i < normal.pixelCount(); ++i) {
+            normal.data[3 * i] = x;
+            normal.data[3 * i + 1] = y;
+            normal.data[3 * i + 2] = z;
+        }
+    };
+    setNormal(0.6f, 0.0f, 0.8f);
+    PatchSource quarter(source.get(), 4, 4, 8, 1.0f, 0.0f, 1.0f);
+    Pixel n = quarter.sourcePixels(3, 5)[1];
+    EXPECT_NEAR(n[0], 0.0f, 1e-6f);
+    EXPECT_NEAR(n[1], -0.6f, 1e-6f);
+    EXPECT_NEAR(n[2], 0.8f, 1e-6f);
+    setNormal(0.0f, 0.6f, 0.8f);
+    PatchSource tilted(source.get(), 4, 4, 8, 0.6f, 0.8f, 1.0f);
+    n = tilted.sourcePixels(7, 2)[1];
+    EXPECT_NEAR(n[0], 0.36f, 1e-6f);
+    EXPECT_NEAR(n[1], 0.48f, 1e-6f);
+    EXPECT_NEAR(n[2], 0.8f, 1e-6f);
+    // The paste writes the same turned normal into the core.
+    patch.init(target.get(), 12, 0);
+    patch.x = 3, patch.y = 5;
+    patch.evaluate(tilted, filled.data(), true);
+    patch.paste(filled.data(), nullptr);
+    for (int dy = 0; dy < 12; ++dy)
+        for (int dx = 0; dx < 12; ++dx) {
+            const Pixel out = target->layers[1]->pixelAt(3 + dx, 5 + dy);
+            ASSERT_NEAR(out[0], 0.36f, 1e-5f) << dx << "," << dy;
+            ASSERT_NEAR(out[1], 0.48f, 1e-5f) << dx << "," << dy;
+            ASSERT_NEAR(out[2], 0.8f, 1e-5f) << dx << "," << dy;
+        }
+}

@@ -1,7 +1,12 @@
 #include "Image.h"
+#include "MessageHandler.h"
+#include "MessageSeverity.h"
 #include "NormalMap.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
 
 namespace {
 Image colourPixel(PixelFormat format, float r, float g, float b)
@@ -56,6 +61,27 @@ TEST(NormalMap, FixSlopeRemovesConstantTilt)
     map.fixNormalMapSlope();
     for (uint64_t i = 0; i < map.floatCount(); ++i)
         EXPECT_NEAR(map.data[i], i % 3 == 2 ? 1.0f : 0.0f, 1e-6f) << i;
+}
+
+// Both averages are subtracted, then each vector is renormalised; the log
+// names the two averages.
+TEST(NormalMap, FixSlopeSubtractsBothAverages)
+{
+    Image map(2, 1, Normal);
+    const float values[] = {0.3f, 0.2f, 0.9f, 0.1f, -0.4f, 0.9f}; // averages 0.2 and -0.1
+    std::copy(values, values + 6, map.data);
+    std::vector<std::pair<QString, int>> log;
+    const auto connection = QObject::connect(MessageHandler::instance(), &MessageHandler::onMessage,
+                                             [&](QString text, int severity) { log.emplace_back(text, severity); });
+    map.fixNormalMapSlope();
+    QObject::disconnect(connection);
+    const float length = std::sqrt(0.01f + 0.09f + 0.81f);
+    const float expected[] = {0.1f, 0.3f, 0.9f, -0.1f, -0.3f, 0.9f};
+    for (int i = 0; i < 6; ++i)
+        EXPECT_NEAR(map.data[i], expected[i] / length, 1e-6f) << i;
+    ASSERT_EQ(log.size(), 1u);
+    EXPECT_EQ(log[0].first, QStringLiteral("Fixing normal map slope... Normal Map X Y average: 0.200000 -0.100000"));
+    EXPECT_EQ(log[0].second, int(Info));
 }
 
 TEST(NormalMap, LayerConversionRule)
