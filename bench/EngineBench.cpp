@@ -9,6 +9,7 @@
 #include "PSGMasked.h"
 #include "SynthesizerFactory.h"
 #include "ImageSynthesizer.h"
+#include "MethodNames.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -85,7 +86,7 @@ void BM_Synthesize(benchmark::State& state)
 {
     static const std::unique_ptr<LayeredImage> source = makeSource(512);
     const int side = int(state.range(0));
-    const char* method = state.range(1) ? "Patch Based Cutout" : "Patch Based Blended";
+    const char* method = state.range(1) ? Velmor::cutoutMethodName : Velmor::blendedMethodName;
     const bool guided = state.range(2) != 0;
     Image direction(256, 256, RGB);
     Image scale(256, 256, Gray);

@@ -3,6 +3,7 @@
 #include "LogMessage.h"
 
 #include <QLocale>
+#include <QRegularExpression>
 
 #include <cmath>
 #include <limits>
@@ -74,137 +75,150 @@ bool isValidLayerName(const QString& name)
            !name.contains(QLatin1Char('/')) && !name.contains(QLatin1Char('\\'));
 }
 
-bool takesValue(const QString& option)
+// A whole number, signed or not: a channel written after the colon of
+// --source-mask (and refused unless it is 0 to 3).
+bool looksLikeChannel(const QString& text)
 {
-    static const char* const withValue[] = {
-        "-o", "--output", "--size", "--method", "--patch-size", "--boundary", "--error-threshold",
-        "--max-tries", "--feather", "--seed", "--direction-map", "--scale-map", "--output-mask",
-        "--source-mask", "--layer", "--project", "--surface"};
-    for (const char* name : withValue)
-        if (option == QLatin1String(name))
-            return true;
-    return false;
+    static const QRegularExpression number(QStringLiteral("^[+-]?[0-9]+$"));
+    return number.match(text).hasMatch();
 }
 
-bool isFlag(const QString& option)
+// FILE or FILE:CHANNEL; a colon followed by anything but a whole number is
+// part of the file name.
+bool applySourceMask(const QString& value, CommandLine& cl)
 {
-    static const char* const flags[] = {"-h", "--help", "-q", "--quiet", "--first-layer-only", "--list",
-                                        "--save-project"};
-    for (const char* name : flags)
-        if (option == QLatin1String(name))
-            return true;
-    return false;
-}
-
-// Applies one option with its value; returns false with a reason.
-bool applyOption(const QString& option, const QString& value, CommandLine& cl, QString& error)
-{
-    uint64_t n = 0;
-    const auto badNumber = [&](const char* what) {
-        error = QStringLiteral("%1 must be %2, not '%3'").arg(option, QLatin1String(what), value);
+    const int colon = value.lastIndexOf(QLatin1Char(':'));
+    const QString suffix = colon > 0 ? value.mid(colon + 1) : QString();
+    if (colon > 0 && suffix.isEmpty())
         return false;
-    };
-
-    if (option == QLatin1String("-h") || option == QLatin1String("--help")) {
-        cl.mode = CommandLine::Mode::Help;
-    } else if (option == QLatin1String("-q") || option == QLatin1String("--quiet")) {
-        cl.quiet = true;
-    } else if (option == QLatin1String("--first-layer-only")) {
-        cl.firstLayerOnly = true;
-    } else if (option == QLatin1String("-o") || option == QLatin1String("--output")) {
-        if (value.isEmpty()) {
-            error = QStringLiteral("%1 needs a directory").arg(option);
+    cl.sourceMask = value;
+    cl.sourceMaskChannel = 0;
+    if (colon > 0 && looksLikeChannel(suffix)) {
+        uint64_t channel = 0;
+        if (!parseUnsigned(suffix, 3, channel))
             return false;
-        }
-        cl.outputDir = value;
-    } else if (option == QLatin1String("--project")) {
-        cl.projectDir = value;
-    } else if (option == QLatin1String("--surface")) {
-        cl.surfaceName = value;
-    } else if (option == QLatin1String("--list")) {
-        cl.mode = CommandLine::Mode::ProjectList;
-    } else if (option == QLatin1String("--save-project")) {
-        cl.saveProject = true;
-    } else if (option == QLatin1String("--size")) {
-        if (!parseSize(value, cl.width, cl.height))
-            return badNumber("WIDTHxHEIGHT with both at least 1");
-        cl.sizeGiven = true;
-    } else if (option == QLatin1String("--method")) {
-        if (value == QLatin1String("blended"))
-            cl.cutout = false;
-        else if (value == QLatin1String("cutout"))
-            cl.cutout = true;
-        else
-            return badNumber("blended or cutout");
-        cl.methodGiven = true;
-    } else if (option == QLatin1String("--patch-size")) {
-        if (!setWhole(value, 1, int32Max, cl.patchSize))
-            return badNumber("a whole number of at least 1");
-    } else if (option == QLatin1String("--boundary")) {
-        if (!setWhole(value, 0, int32Max, cl.boundary))
-            return badNumber("a whole number of at least 0");
-    } else if (option == QLatin1String("--feather")) {
-        if (!setWhole(value, 0, int32Max, cl.feather))
-            return badNumber("a whole number of at least 0");
-    } else if (option == QLatin1String("--max-tries")) {
-        if (!setWhole(value, 0, uint32Max, cl.maxTries))
-            return badNumber("a whole number of at least 0");
-    } else if (option == QLatin1String("--seed")) {
-        if (!setWhole(value, 0, uint32Max, cl.seed))
-            return badNumber("a whole number from 0 to 4294967295");
-    } else if (option == QLatin1String("--error-threshold")) {
-        float f = 0.0f;
-        if (!parseFloat(value, f) || f < 0.0f)
-            return badNumber("a number of at least 0");
-        cl.errorThreshold = f;
-    } else if (option == QLatin1String("--direction-map")) {
-        cl.directionMap = value;
-    } else if (option == QLatin1String("--scale-map")) {
-        cl.scaleMap = value;
-    } else if (option == QLatin1String("--output-mask")) {
-        cl.outputMask = value;
-    } else if (option == QLatin1String("--source-mask")) {
-        // FILE or FILE:CHANNEL; a colon followed by anything but digits is
-        // part of the file name.
-        const int colon = value.lastIndexOf(QLatin1Char(':'));
-        const QString suffix = colon > 0 ? value.mid(colon + 1) : QString();
-        const bool numeric = colon > 0 && parseUnsigned(suffix, uint32Max, n);
-        if ((numeric && n > 3) || (colon > 0 && suffix.isEmpty())) {
-            return badNumber("FILE or FILE:CHANNEL with CHANNEL from 0 to 3");
-        } else if (numeric) {
-            cl.sourceMask = value.left(colon);
-            cl.sourceMaskChannel = uint32_t(n);
-        } else {
-            cl.sourceMask = value;
-            cl.sourceMaskChannel = 0;
-        }
-        if (cl.sourceMask.isEmpty())
-            return badNumber("FILE or FILE:CHANNEL");
-    } else if (option == QLatin1String("--layer")) {
-        const int equals = value.indexOf(QLatin1Char('='));
-        const QString name = value.left(equals);
-        const QString file = value.mid(equals + 1);
-        if (equals < 0 || file.isEmpty() || !isValidLayerName(name))
-            return badNumber("NAME=FILE with a NAME that can be a file name");
-        cl.namedLayers.emplace_back(name, file);
+        cl.sourceMask = value.left(colon);
+        cl.sourceMaskChannel = uint32_t(channel);
     }
-    // With the value of a directory or file option, an empty text is an error.
-    if (takesValue(option) && value.isEmpty()) {
-        error = QStringLiteral("%1 needs a value").arg(option);
+    return !cl.sourceMask.isEmpty();
+}
+
+bool applyLayer(const QString& value, CommandLine& cl)
+{
+    const int equals = value.indexOf(QLatin1Char('='));
+    const QString name = value.left(equals);
+    const QString file = value.mid(equals + 1);
+    if (equals < 0 || file.isEmpty() || !isValidLayerName(name))
         return false;
-    }
+    cl.namedLayers.emplace_back(name, file);
     return true;
 }
 
-// Options that describe inputs of the files mode; a project brings its own.
-bool isFileModeOption(const QString& option)
+// One option of ondrels-synth. Parsing, the project modes' check and --help
+// all come from the table below.
+struct Option
 {
-    static const char* const options[] = {"--direction-map", "--scale-map", "--output-mask", "--source-mask",
-                                          "--layer", "--first-layer-only"};
-    for (const char* name : options)
-        if (option == QLatin1String(name))
-            return true;
-    return false;
+    const char* shortName;  // "-o", or null
+    const char* longName;   // "--output"
+    const char* valueName;  // "DIR" in the help; null for a flag
+    bool filesModeOnly;     // an input of the files mode; a project brings its own
+    const char* help;       // lines after the first are indented under it
+    const char* expected;   // what a bad value must be instead, for the error
+    // Stores the value (empty for a flag); false when the value is bad.
+    bool (*apply)(const QString& value, CommandLine& cl);
+};
+
+const Option options[] = {
+    {"-o", "--output", "DIR", false, "output directory (created when missing)", "a directory",
+     [](const QString& v, CommandLine& cl) { cl.outputDir = v; return true; }},
+    {nullptr, "--layer", "NAME=FILE", true,
+     "add FILE as the layer NAME; the six names above\ntake that layer's place, others come last",
+     "NAME=FILE with a NAME that can be a file name", applyLayer},
+    {nullptr, "--size", "WxH", false, "output size (default 1024x1024)", "WIDTHxHEIGHT with both at least 1",
+     [](const QString& v, CommandLine& cl) {
+         cl.sizeGiven = true;
+         return parseSize(v, cl.width, cl.height);
+     }},
+    {nullptr, "--method", "blended|cutout", false, "patch method (default blended)", "blended or cutout",
+     [](const QString& v, CommandLine& cl) {
+         if (v != QLatin1String("blended") && v != QLatin1String("cutout"))
+             return false;
+         cl.cutout = v == QLatin1String("cutout");
+         cl.methodGiven = true;
+         return true;
+     }},
+    {nullptr, "--patch-size", "N", false, "patch core size in pixels (default 100)", "a whole number of at least 1",
+     [](const QString& v, CommandLine& cl) { return setWhole(v, 1, int32Max, cl.patchSize); }},
+    {nullptr, "--boundary", "N", false, "overlap around each patch (default 20)", "a whole number of at least 0",
+     [](const QString& v, CommandLine& cl) { return setWhole(v, 0, int32Max, cl.boundary); }},
+    {nullptr, "--error-threshold", "X", false, "accepted boundary error (default 0.1)", "a number of at least 0",
+     [](const QString& v, CommandLine& cl) {
+         float f = 0.0f;
+         if (!parseFloat(v, f) || f < 0.0f)
+             return false;
+         cl.errorThreshold = f;
+         return true;
+     }},
+    {nullptr, "--max-tries", "N", false, "candidates tried per patch (default 20)", "a whole number of at least 0",
+     [](const QString& v, CommandLine& cl) { return setWhole(v, 0, uint32Max, cl.maxTries); }},
+    {nullptr, "--feather", "N", false, "cutout seam feather (cutout only, default 4)", "a whole number of at least 0",
+     [](const QString& v, CommandLine& cl) { return setWhole(v, 0, int32Max, cl.feather); }},
+    {nullptr, "--first-layer-only", nullptr, true, "compare patches on the first layer only", nullptr,
+     [](const QString&, CommandLine& cl) { cl.firstLayerOnly = true; return true; }},
+    {nullptr, "--seed", "N", false, "fixed random seed: same seed, same output", "a whole number from 0 to 4294967295",
+     [](const QString& v, CommandLine& cl) { return setWhole(v, 0, uint32Max, cl.seed); }},
+    {nullptr, "--direction-map", "FILE", true, "red and green give the patch direction (0..1 = -1..1)", "a file",
+     [](const QString& v, CommandLine& cl) { cl.directionMap = v; return true; }},
+    {nullptr, "--scale-map", "FILE", true, "first channel scales the patches (1 = unchanged)", "a file",
+     [](const QString& v, CommandLine& cl) { cl.scaleMap = v; return true; }},
+    {nullptr, "--output-mask", "FILE", true, "paste only where the first channel is above 0.5", "a file",
+     [](const QString& v, CommandLine& cl) { cl.outputMask = v; return true; }},
+    {nullptr, "--source-mask", "FILE[:C]", true, "take patches only where channel C (0-3) is above 0",
+     "FILE or FILE:CHANNEL with CHANNEL from 0 to 3", applySourceMask},
+    {nullptr, "--project", "DIR", false, "a saved project, with --list or --surface", "a directory",
+     [](const QString& v, CommandLine& cl) { cl.projectDir = v; return true; }},
+    {nullptr, "--list", nullptr, false, "with --project: print the project's records", nullptr,
+     [](const QString&, CommandLine& cl) { cl.mode = CommandLine::Mode::ProjectList; return true; }},
+    {nullptr, "--surface", "NAME", false,
+     "with --project: synthesize that surface or mixed\nsurface with its own settings (--size, --method,\nthe "
+     "patch options and --seed override them)",
+     "a surface name", [](const QString& v, CommandLine& cl) { cl.surfaceName = v; return true; }},
+    {nullptr, "--save-project", nullptr, false,
+     "with --surface: save the project afterwards, so that\nfrozen parts of a mixed surface are kept", nullptr,
+     [](const QString&, CommandLine& cl) { cl.saveProject = true; return true; }},
+    {"-q", "--quiet", nullptr, false, "show only warnings and errors", nullptr,
+     [](const QString&, CommandLine& cl) { cl.quiet = true; return true; }},
+    {"-h", "--help", nullptr, false, "show this text", nullptr,
+     [](const QString&, CommandLine& cl) { cl.mode = CommandLine::Mode::Help; return true; }},
+};
+
+const Option* findOption(const QString& name)
+{
+    for (const Option& option : options)
+        if (name == QLatin1String(option.longName) || (option.shortName && name == QLatin1String(option.shortName)))
+            return &option;
+    return nullptr;
+}
+
+// "  -o, --output DIR" and the help text in a column beside it.
+QString optionHelp()
+{
+    constexpr int column = 28;
+    QString text;
+    for (const Option& option : options) {
+        QString names = QStringLiteral("  ");
+        if (option.shortName)
+            names += QLatin1String(option.shortName) + QStringLiteral(", ");
+        names += QLatin1String(option.longName);
+        if (option.valueName)
+            names += QLatin1Char(' ') + QLatin1String(option.valueName);
+        names = names.size() < column ? names.leftJustified(column) : names + QLatin1Char(' ');
+        const QStringList lines = QString::fromLatin1(option.help).split(QLatin1Char('\n'));
+        text += names + lines.first() + QLatin1Char('\n');
+        for (int i = 1; i < lines.size(); ++i)
+            text += QString(column, QLatin1Char(' ')) + lines[i] + QLatin1Char('\n');
+    }
+    return text;
 }
 
 // The rules of --project with --list or --surface; sets the mode.
@@ -261,26 +275,31 @@ bool parseCommandLine(const QStringList& arguments, CommandLine& cl, QString& er
             hasInlineValue = true;
         }
 
-        if (isFlag(option)) {
-            if (hasInlineValue) {
-                error = QStringLiteral("%1 takes no value").arg(option);
-                return false;
-            }
-        } else if (takesValue(option)) {
-            if (!hasInlineValue) {
-                if (i + 1 >= arguments.size()) {
-                    error = QStringLiteral("%1 needs a value").arg(option);
-                    return false;
-                }
-                value = arguments[++i];
-            }
-        } else {
+        const Option* known = findOption(option);
+        if (!known) {
             error = QStringLiteral("unknown option '%1'").arg(option);
             return false;
         }
-        if (!applyOption(option, value, cl, error))
+        if (!known->valueName && hasInlineValue) {
+            error = QStringLiteral("%1 takes no value").arg(option);
             return false;
-        if (isFileModeOption(option))
+        }
+        if (known->valueName && !hasInlineValue) {
+            if (i + 1 >= arguments.size()) {
+                error = QStringLiteral("%1 needs a value").arg(option);
+                return false;
+            }
+            value = arguments[++i];
+        }
+        if (known->valueName && value.isEmpty()) {
+            error = QStringLiteral("%1 needs a value").arg(option);
+            return false;
+        }
+        if (!known->apply(value, cl)) {
+            error = QStringLiteral("%1 must be %2, not '%3'").arg(option, QLatin1String(known->expected), value);
+            return false;
+        }
+        if (known->filesModeOnly)
             cl.fileModeOptions << option;
     }
 
@@ -326,31 +345,9 @@ QString usageText()
         "_metal \"metalness\"; _ao, _occlusion, _ambient \"occlusion\" (or a stem equal to\n"
         "one of these without the underscore). Matching is case-sensitive.\n"
         "\n"
-        "Options:\n"
-        "  -o, --output DIR          output directory (created when missing)\n"
-        "  --layer NAME=FILE         add FILE as the layer NAME; the six names above\n"
-        "                            take that layer's place, others come last\n"
-        "  --size WxH                output size (default 1024x1024)\n"
-        "  --method blended|cutout   patch method (default blended)\n"
-        "  --patch-size N            patch core size in pixels (default 100)\n"
-        "  --boundary N              overlap around each patch (default 20)\n"
-        "  --error-threshold X       accepted boundary error (default 0.1)\n"
-        "  --max-tries N             candidates tried per patch (default 20)\n"
-        "  --feather N               cutout seam feather (cutout only, default 4)\n"
-        "  --first-layer-only        compare patches on the first layer only\n"
-        "  --seed N                  fixed random seed: same seed, same output\n"
-        "  --direction-map FILE      red and green give the patch direction (0..1 = -1..1)\n"
-        "  --scale-map FILE          first channel scales the patches (1 = unchanged)\n"
-        "  --output-mask FILE        paste only where the first channel is above 0.5\n"
-        "  --source-mask FILE[:C]    take patches only where channel C (0-3) is above 0\n"
-        "  --project DIR             a saved project: --list prints its records;\n"
-        "                            --surface NAME synthesizes that surface or mixed\n"
-        "                            surface with its own settings (--size, --method,\n"
-        "                            the patch options and --seed override them)\n"
-        "  --save-project            with --surface: save the project afterwards, so that\n"
-        "                            frozen parts of a mixed surface are kept\n"
-        "  -q, --quiet               show only warnings and errors\n"
-        "  -h, --help                show this text\n"
+        "Options:\n")
+        + optionHelp()
+        + QStringLiteral(
         "\n"
         "Exit status: 0 success, 1 an input could not be read or nothing was written,\n"
         "2 a usage error.\n");

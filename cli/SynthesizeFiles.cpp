@@ -9,6 +9,7 @@
 
 #include "ImageFile.h"
 #include "ImageSynthesizer.h"
+#include "MethodNames.h"
 #include "LayeredImage.h"
 #include "LogMessage.h"
 #include "NormalMap.h"
@@ -266,7 +267,7 @@ int synthesizeFiles(const CommandLine& cl, ConsoleLog& console)
     for (const QString& file : files)
         if (!checkInputFile(file))
             return ExitFailure;
-    const char* method = cl.cutout ? "Patch Based Cutout" : "Patch Based Blended";
+    const char* method = cl.cutout ? Velmor::cutoutMethodName : Velmor::blendedMethodName;
     std::unique_ptr<Velmor::ImageSynthesizer> synthesizer(Velmor::createSynthesizer(method));
     if (!synthesizer) {
         logMessage(Error, "The synthesis method '%s' is not available.", method);

@@ -8,6 +8,7 @@
 
 #include "CutoutPatchSynthesizer.h"
 #include "ImageSynthesizer.h"
+#include "MethodNames.h"
 #include "LogMessage.h"
 #include "ProjectListing.h"
 #include "ProjectLoader.h"
@@ -92,7 +93,7 @@ std::vector<ProjectData::SurfaceData*> workingSurfaces(ProjectData::SurfaceData&
 // they do not fit the surface's synthesizer.
 int applyOverrides(const CommandLine& cl, ProjectData::SurfaceData& surface)
 {
-    const char* method = cl.cutout ? "Patch Based Cutout" : "Patch Based Blended";
+    const char* method = cl.cutout ? Velmor::cutoutMethodName : Velmor::blendedMethodName;
     for (ProjectData::SurfaceData* part : workingSurfaces(surface)) {
         if (cl.methodGiven && !part->selectSynthesizer(method)) {
             logMessage(Error, "The synthesis method '%s' is not available.", method);

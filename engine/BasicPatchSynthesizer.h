@@ -2,6 +2,7 @@
 
 #include "BlendedPatch.h"
 #include "ImageSynthesizer.h"
+#include "MethodNames.h"
 
 namespace Velmor {
 
@@ -13,7 +14,7 @@ public:
     class BasicPatchSynthesizerParams : public PatchSynthesizerParams
     {
     public:
-        std::string methodName() const override { return "Patch Based Blended"; }
+        std::string methodName() const override { return blendedMethodName; }
         ImageSynthesizerParams* copyTo(ImageSynthesizerParams* other) const override;
     };
 

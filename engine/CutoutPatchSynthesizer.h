@@ -2,6 +2,7 @@
 
 #include "CutoutPatch.h"
 #include "ImageSynthesizer.h"
+#include "MethodNames.h"
 
 namespace Velmor {
 
@@ -13,7 +14,7 @@ public:
     class CutoutPatchSynthesizerParams : public PatchSynthesizerParams
     {
     public:
-        std::string methodName() const override { return "Patch Based Cutout"; }
+        std::string methodName() const override { return cutoutMethodName; }
         ImageSynthesizerParams* copyTo(ImageSynthesizerParams* other) const override;
         void writeXml(tinyxml2::XMLElement* parent) const override;
         void readXml(const tinyxml2::XMLElement* parent) override;

@@ -2,14 +2,15 @@
 
 #include "BasicPatchSynthesizer.h"
 #include "CutoutPatchSynthesizer.h"
+#include "MethodNames.h"
 
 namespace Velmor {
 
 ImageSynthesizer* createSynthesizer(const std::string& methodName)
 {
-    if (methodName == "Patch Based Blended")
+    if (methodName == blendedMethodName)
         return new BasicPatchSynthesizer();
-    if (methodName == "Patch Based Cutout")
+    if (methodName == cutoutMethodName)
         return new CutoutPatchSynthesizer();
     return nullptr;
 }

@@ -1,18 +1,16 @@
 #include "ProjectListing.h"
 
 #include "ImageSynthesizer.h"
+#include "PbrPurpose.h"
 
 namespace {
 
 using Velmor::ProjectData;
 
-const char* const layerModeNames[] = {"color", "normal", "displacement", "roughness", "metalness", "occlusion"};
-
 QString modeName(ProjectData::LayerMode mode)
 {
-    const int index = int(mode);
-    return index >= 0 && index < 6 ? QString::fromLatin1(layerModeNames[index])
-                                   : QStringLiteral("mode %1").arg(index);
+    const QString name = pbrLayerName(int(mode));
+    return name.isEmpty() ? QStringLiteral("mode %1").arg(int(mode)) : name;
 }
 
 QString quoted(const std::string& name)

@@ -1,6 +1,7 @@
 #include "ProjectData.h"
 
 #include "ImageSynthesizer.h"
+#include "MethodNames.h"
 #include "LogMessage.h"
 #include "SurfaceSynthesisContext.h"
 #include "SynthesizerFactory.h"
@@ -11,7 +12,7 @@ namespace Velmor {
 
 namespace {
 
-const char* const synthesizerTypes[] = {"Patch Based Blended", "Patch Based Cutout"};
+const char* const synthesizerTypes[] = {Velmor::blendedMethodName, Velmor::cutoutMethodName};
 
 // Mixes `white` and `black` (each stretched over `out`) by the mask value:
 // 1 shows white, 0 black. Both must have out's format.

@@ -52,6 +52,7 @@ TEST(CommandLine, ParsesEveryOptionInBothSpellings)
     EXPECT_TRUE(cl.sourceMask == "C:mask.png" && cl.sourceMaskChannel == 0u);
 
     EXPECT_TRUE(parseError("--help", &cl).isEmpty() && cl.mode == CommandLine::Mode::Help);
+    EXPECT_TRUE(parseError("-h", &cl).isEmpty() && cl.mode == CommandLine::Mode::Help);
     EXPECT_EQ(parseError("--layer x=y.png -o out"), ""); // --layer alone is an input
 }
 
@@ -64,7 +65,7 @@ TEST(CommandLine, RejectsBadCommandLinesWithOneLineThatStartsWithTheReason)
         {"--seed", {"4294967296", "-1"}},
         {"--error-threshold", {"nan", "inf", "-0.5", "0,5"}},
         {"--method", {"fancy"}},
-        {"--source-mask", {"m.png:4", "m.png:"}},
+        {"--source-mask", {"m.png:4", "m.png:", "m.png:-1", "m.png:+2", "m.png:99999999999999999999"}},
         {"--layer", {"=h.png", "h.png", "../up=h.png", "..=h.png"}},
     };
     for (const auto& [option, values] : badValues)
@@ -118,4 +119,35 @@ TEST(CommandLine, ProjectModesAndTheirRules)
         const QString error = parseError(line);
         EXPECT_TRUE(error.contains(QLatin1String(part))) << line << ": " << error.toStdString();
     }
+}
+
+// Every option the parser knows has its line in --help, names and value
+// first, the text in one column beside them.
+TEST(CommandLine, HelpListsEveryOption)
+{
+    const QString help = usageText();
+    const char* const lines[] = {
+        "  -o, --output DIR          output directory (created when missing)\n",
+        "  --layer NAME=FILE         add FILE as the layer NAME; the six names above\n"
+        "                            take that layer's place, others come last\n",
+        "  --method blended|cutout   patch method (default blended)\n",
+        "  --first-layer-only        compare patches on the first layer only\n",
+        "  --source-mask FILE[:C]    take patches only where channel C (0-3) is above 0\n",
+        "  --list                    with --project: print the project's records\n",
+        "  -h, --help                show this text\n",
+    };
+    for (const char* line : lines)
+        EXPECT_TRUE(help.contains(QLatin1String(line))) << line;
+    const char* const names[] = {"--output", "--layer", "--size", "--method", "--patch-size", "--boundary",
+                                 "--error-threshold", "--max-tries", "--feather", "--first-layer-only", "--seed",
+                                 "--direction-map", "--scale-map", "--output-mask", "--source-mask", "--project",
+                                 "--list", "--surface", "--save-project", "--quiet", "--help"};
+    for (const char* name : names) {
+        EXPECT_TRUE(help.contains(QStringLiteral(" %1 ").arg(QLatin1String(name)))
+                    || help.contains(QStringLiteral(" %1\n").arg(QLatin1String(name))))
+            << name;
+        // The parser knows it: whatever else is wrong, it is not unknown.
+        EXPECT_FALSE(parseError(QByteArray("a_col.png -o out ") + name).startsWith("unknown")) << name;
+    }
+    EXPECT_TRUE(parseError("a_col.png -o out --bogus").startsWith("unknown"));
 }

@@ -31,3 +31,19 @@ TEST(SampleProjectCli, EverySurfaceWritesItsLayersAtTheRequestedSize)
         }
     }
 }
+
+// The generator's own options print or refuse; they never become a folder.
+TEST(SampleProjectCli, MakeSampleTakesNoOptionForAFolder)
+{
+    QTemporaryDir work;
+    for (const auto& [argument, exitCode] : {std::pair{"--help", 0}, std::pair{"-h", 0}, std::pair{"--bogus", 2}}) {
+        QProcess process;
+        process.setWorkingDirectory(work.path());
+        process.start(QStringLiteral(ONDRELS_MAKE_SAMPLE_PATH), {QString::fromLatin1(argument)});
+        ASSERT_TRUE(process.waitForFinished(60000)) << argument;
+        EXPECT_EQ(process.exitCode(), exitCode) << argument;
+        const QByteArray text = exitCode == 0 ? process.readAllStandardOutput() : process.readAllStandardError();
+        EXPECT_TRUE(text.startsWith("usage: ")) << argument << ": " << text.constData();
+        EXPECT_TRUE(QDir(work.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).isEmpty()) << argument;
+    }
+}

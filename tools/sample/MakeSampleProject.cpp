@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 
 using Velmor::ProjectData;
 
@@ -105,8 +106,16 @@ ProjectData::SurfaceData* addMaterialSurface(ProjectData& store, const std::stri
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s OUTPUT_DIRECTORY\n", argv[0]);
+    const char* usage = "usage: %s OUTPUT_DIRECTORY\n"
+                        "Writes the generated sample project into OUTPUT_DIRECTORY.\n";
+    if (argc == 2 && (std::strcmp(argv[1], "-h") == 0 || std::strcmp(argv[1], "--help") == 0)) {
+        std::printf(usage, argv[0]);
+        return 0;
+    }
+    // Any other option is a mistake, not a folder name ("--" ends the options).
+    const int first = argc == 3 && std::strcmp(argv[1], "--") == 0 ? 2 : 1;
+    if (argc != first + 1 || (first == 1 && argv[1][0] == '-')) {
+        std::fprintf(stderr, usage, argv[0]);
         return 2;
     }
     // Errors from the image and project code arrive as log messages.
@@ -117,7 +126,7 @@ int main(int argc, char** argv)
         }
     });
 
-    const QString projectDir = QFileInfo(QString::fromLocal8Bit(argv[1])).absoluteFilePath();
+    const QString projectDir = QFileInfo(QString::fromLocal8Bit(argv[first])).absoluteFilePath();
     QDir root(projectDir);
     for (const char* folder : generatedFolders)
         if (root.exists(folder) && !QDir(root.filePath(folder)).removeRecursively()) {
