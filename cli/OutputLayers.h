@@ -10,10 +10,17 @@ class ConsoleLog;
 
 // Writes every layer of `output` to `dir` as the layer's name plus the
 // extension of its source file type, at its sample type (normal layers back
-// as colours). Each layer is freed once written, so that the peak stays near
-// the output's own size. Returns an ExitStatus: failure when nothing was
-// written.
-int saveOutputLayers(ConsoleLog& console, std::unique_ptr<LayeredImage> output, const QString& dir);
+// as colours). Layers are written concurrently, one per core, and each is
+// freed once written, so that the peak stays near the output's own size.
+// `pngLevel` is the zlib level of PNG files (see saveImage). Returns an
+// ExitStatus: failure when nothing was written.
+int saveOutputLayers(ConsoleLog& console, std::unique_ptr<LayeredImage> output, const QString& dir, int pngLevel);
+
+// zlib levels for PNG output. On 2048 x 2048 photo-like layers level 1
+// deflates about 2.5 times faster than zlib's default (6) and its files are
+// within 3% of that size; 9 gives the smallest files.
+constexpr int fastPngLevel = 1;
+constexpr int smallestPngLevel = 9;
 
 // Creates `dir` when missing and checks that it can be written; logs why not.
 bool prepareOutputDir(const QString& dir);

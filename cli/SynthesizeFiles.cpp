@@ -314,5 +314,6 @@ int synthesizeFiles(const CommandLine& cl, ConsoleLog& console)
         logMessage(Error, "Nothing was written to '%s': the synthesis made no layers.", text(cl.outputDir).constData());
         return ExitFailure;
     }
-    return saveOutputLayers(console, std::move(output), cl.outputDir);
+    return saveOutputLayers(console, std::move(output), cl.outputDir,
+                            cl.smallestFiles ? smallestPngLevel : fastPngLevel);
 }

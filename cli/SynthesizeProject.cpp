@@ -179,7 +179,8 @@ int synthesizeProjectSurface(const CommandLine& cl, ConsoleLog& console)
                    text(cl.outputDir).constData(), surface->name.c_str());
         status = ExitFailure;
     } else {
-        status = saveOutputLayers(console, std::move(output), cl.outputDir);
+        status = saveOutputLayers(console, std::move(output), cl.outputDir,
+                            cl.smallestFiles ? smallestPngLevel : fastPngLevel);
     }
 
     if (cl.saveProject) {

@@ -484,7 +484,7 @@ bool loadImage(ImageFileInfo& info, const QString& path, Image& image)
     return true;
 }
 
-bool saveImage(const QString& path, const Image& image)
+bool saveImage(const QString& path, const Image& image, int pngLevel)
 {
     prepareImageLibraries();
     clearImageLibraryMessage();
@@ -506,7 +506,9 @@ bool saveImage(const QString& path, const Image& image)
         return saveFailed(path, QStringLiteral("there is not enough memory"));
 
     // EXR would halve float samples by default; the sample type asks for 32 bits.
-    const int flags = fif == FIF_EXR ? EXR_FLOAT : 0;
+    int flags = fif == FIF_EXR ? EXR_FLOAT : 0;
+    if (fif == FIF_PNG && pngLevel >= 1 && pngLevel <= 9)
+        flags = pngLevel; // FreeImage reads the zlib level from the low bits
     const QString temporary = temporaryPath(path);
     const QByteArray temporaryName = encodedPath(temporary);
     if (!FreeImage_Save(fif, dib.get(), temporaryName.constData(), flags)) {

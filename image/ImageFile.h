@@ -47,7 +47,8 @@ bool loadImage(ImageFileInfo& info, const QString& path, Image& image);
 // renames into place. Returns false after logging "Unable to save output file." on failure.
 // When the format cannot hold the image's depth (a 16-bit image saved as JPEG, an 8-bit image
 // saved as EXR), the 8-bit or the float layout of the same channels is written instead.
-bool saveImage(const QString& path, const Image& image);
+// `pngLevel` 1 (fastest) to 9 (smallest) sets the zlib level of PNG files; 0 keeps zlib's default.
+bool saveImage(const QString& path, const Image& image, int pngLevel = 0);
 
 // The extension (".png", ".tif", ...) that saveImage uses for a file type value, e.g. for the
 // "Save Generated Images" rule; ".png" for unknown types.
