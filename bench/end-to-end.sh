@@ -46,10 +46,11 @@ measure() {
     start=$(date +%s.%N)
     "$@" >/dev/null 2>&1
     end=$(date +%s.%N)
-    echo "$(echo "$end - $start" | bc) 0"
+    echo "$(awk -v a="$start" -v b="$end" 'BEGIN { print b - a }') 0"
   fi
 }
 
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.3f", a / b }'; }
 median() { sort -n | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 
 # median seconds of RUNS runs of ondrels-synth at SIZE; leaves the peak KB of the last run in $work/peak
@@ -64,7 +65,7 @@ synth_median() {
 
 echo "ondrels-synth end to end, 3 layers from 512 x 512 photo-like PNGs, seed 7, median of $runs runs"
 echo "load average before: $(cut -d' ' -f1-3 /proc/loadavg)"
-"$synth" "${inputs[@]}" --size 2048x2048 --seed 7 -o "$work/out" 2>&1 | grep "timed out" | sed 's/^/  2048: /'
+"$synth" "${inputs[@]}" --size 2048x2048 --seed 7 -o "$work/out" 2>&1 | grep "patches out of" | sed 's/^/  2048: /'
 
 t2048=$(synth_median 2048)
 echo "  2048 x 2048, idle cores:        $t2048 s"
@@ -81,7 +82,7 @@ if command -v gmic >/dev/null 2>&1; then
     out=$(measure gmic -v - "${inputs[0]}" syntexturize_matchpatch 2048,2048 o "$work/gmic.png")
     echo "${out%% *}"
   done | median)
-  echo "  G'MIC syntexturize_matchpatch, colour layer only, 2048 x 2048: $t_gmic s ($(echo "$t_gmic / $t2048" | bc -l | cut -c1-5) times ours)"
+  echo "  G'MIC syntexturize_matchpatch, colour layer only, 2048 x 2048: $t_gmic s ($(ratio "$t_gmic" "$t2048") times ours)"
 else
   echo "  G'MIC not installed: no comparison"
 fi
@@ -91,11 +92,10 @@ sizes="1024 2048 4096"
 echo "scaling (seconds per output megapixel):"
 for size in $sizes; do
   t=$(synth_median "$size")
-  mp=$(echo "$size * $size / 1000000" | bc -l)
-  echo "  $size: $t s, $(echo "$t / $mp" | bc -l | cut -c1-6) s/MP, peak $(cat "$work/peak") KB"
+  echo "  $size: $t s, $(ratio "$t" "$(awk -v s="$size" 'BEGIN { print s * s / 1e6 }')") s/MP, peak $(cat "$work/peak") KB"
 done
 # Float pixel data: 7 channels in and out, 4 bytes each.
 last=${sizes##* }
 data_kb=$(( (512 * 512 + last * last) * 7 * 4 / 1024 ))
-echo "  pixel data at $last: $data_kb KB; peak / data = $(echo "$(cat "$work/peak") / $data_kb" | bc -l | cut -c1-5)"
+echo "  pixel data at $last: $data_kb KB; peak / data = $(ratio "$(cat "$work/peak")" "$data_kb")"
 echo "load average after: $(cut -d' ' -f1-3 /proc/loadavg)"
