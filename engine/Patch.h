@@ -120,6 +120,8 @@ private:
     int32_t targetHeight = 0;
     std::vector<LayerView> targetLayers;
     std::vector<LayerView> sourceLayers;
+    std::vector<LayerView> wholePixelLayers; // sourceLayers, with Normal layers normalised as whole-pixel reads see them
+    std::vector<std::vector<float>> unitNormals;
     const LayeredImage* boundSource = nullptr;
     std::vector<float> errorScratch;
     std::vector<float> rowWeights;
