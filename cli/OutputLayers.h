@@ -13,8 +13,13 @@ class ConsoleLog;
 // as colours). Layers are written concurrently, one per core, and each is
 // freed once written, so that the peak stays near the output's own size.
 // `pngLevel` is the zlib level of PNG files (see saveImage). Returns an
-// ExitStatus: failure when nothing was written.
+// ExitStatus: failure when nothing was written. Moves the console's progress
+// bar from synthesisShare to 100 as the files are written, and ends it.
 int saveOutputLayers(ConsoleLog& console, std::unique_ptr<LayeredImage> output, const QString& dir, int pngLevel);
+
+// Percent of the progress bar that the synthesis fills; the rest fills while
+// the layers are written (about their share of a 2048 x 2048 run's time).
+constexpr int synthesisShare = 70;
 
 // zlib levels for PNG output. On 2048 x 2048 photo-like layers level 1
 // deflates about 2.5 times faster than zlib's default (6) and its files are

@@ -3,6 +3,7 @@
 #include "ExrHeaderCheck.h"
 #include "ImageFileSupport.h"
 #include "LogMessage.h"
+#include "PngWriter.h"
 #include "TiffFloatReader.h"
 
 #include <FreeImage.h>
@@ -484,7 +485,7 @@ bool loadImage(ImageFileInfo& info, const QString& path, Image& image)
     return true;
 }
 
-bool saveImage(const QString& path, const Image& image, int pngLevel)
+bool saveImage(const QString& path, const Image& image, int pngLevel, const std::function<void(double)>& progress)
 {
     prepareImageLibraries();
     clearImageLibraryMessage();
@@ -511,9 +512,15 @@ bool saveImage(const QString& path, const Image& image, int pngLevel)
         flags = pngLevel; // FreeImage reads the zlib level from the low bits
     const QString temporary = temporaryPath(path);
     const QByteArray temporaryName = encodedPath(temporary);
-    if (!FreeImage_Save(fif, dib.get(), temporaryName.constData(), flags)) {
+    // A chosen PNG level goes through our own libpng writer, which also
+    // picks the row filter and reports progress.
+    const bool ownPng = fif == FIF_PNG && pngLevel >= 1 && pngLevel <= 9 && PngWriter::canWrite(dib.get());
+    QByteArray pngReason;
+    const bool written = ownPng ? PngWriter::write(dib.get(), temporaryName, pngLevel, progress, pngReason)
+                                : FreeImage_Save(fif, dib.get(), temporaryName.constData(), flags) != 0;
+    if (!written) {
         QFile::remove(temporary);
-        const QString detail = imageLibraryMessage();
+        const QString detail = ownPng ? QString::fromUtf8(pngReason) : imageLibraryMessage();
         return saveFailed(path, detail.isEmpty() ? QStringLiteral("FreeImage could not write it")
                                                  : QStringLiteral("FreeImage could not write it (%1)").arg(detail));
     }
