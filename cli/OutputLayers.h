@@ -22,7 +22,7 @@ int saveOutputLayers(ConsoleLog& console, std::unique_ptr<LayeredImage> output, 
 constexpr int synthesisShare = 70;
 
 // zlib levels for PNG output. On 2048 x 2048 photo-like layers level 1 with
-// the Up filter writes 2 to 3 times faster than FreeImage's default (level 6,
+// the Up filter writes about twice as fast as FreeImage's default (level 6,
 // adaptive filters) and its files are within 4% of that size; 9 gives the
 // smallest files.
 constexpr int fastPngLevel = 1;
