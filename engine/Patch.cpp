@@ -407,9 +407,11 @@ float Patch::ringError(const PatchSource& candidate, const uint8_t* filledMask, 
             continue;
         // Every ring pixel adds at least -errorFloor, so once the sum so far,
         // less what the remaining pixels could take away, exceeds the bound
-        // for the whole ring, the final error exceeds the bound. The margin
-        // of 1e-6 makes the final float error strictly larger.
-        const double limit = double(bound) * double(filledCount) * (1.0 + 1.0e-6);
+        // for the whole ring, the final error exceeds the bound. A margin of
+        // 1e-6 of its size, and a tiny absolute one for a bound of 0, keeps
+        // the final float error strictly larger after rounding.
+        const double whole = double(bound) * double(filledCount);
+        const double limit = whole + std::fabs(whole) * 1.0e-6 + double(filledCount) * 1.0e-30;
         const double slack = double(remaining) * errorFloor
             + (errorFloor > 0.0 ? double(F - dy) * std::max(double(sum), limit) * 1.0e-6 : 0.0);
         if (double(sum) - slack > limit) {

@@ -89,7 +89,6 @@ private:
     // What one thread needs to measure one candidate.
     struct RingScratch
     {
-        std::vector<float> errors; // fullSize x fullSize, for batch candidates
         std::vector<float> rowSums;
         std::vector<int64_t> rowCounts;
         std::vector<int32_t> sourceColumns; // per layer, whole-pixel placements only
