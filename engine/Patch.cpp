@@ -21,6 +21,7 @@ struct RowContext
     const float* targetRow;
     const int32_t* targetColumns;
     int32_t dy;
+    bool unfolded;    // whole-pixel placement whose source and target columns both run without a fold
     bool unitNormals; // sourceRow holds Normal pixels already normalised as whole-pixel reads leave them
 };
 
@@ -65,9 +66,48 @@ inline void readSource(const LayerView& layer, const PatchSource& candidate, con
     }
 }
 
+// Whole-pixel errors of a row whose source and target columns both run
+// without a fold, one run of filled pixels at a time: inside a run the loop
+// has no branch, so the compiler can vectorise it. Same errors as the loop
+// below.
+template <PixelFormat F, bool Unit>
+void addUnfoldedRowErrors(const RowContext& row, const uint8_t* filledRow, int32_t begin, int32_t end, float* errors)
+{
+    constexpr int n = int(channelCount(F));
+    const int32_t t0 = row.targetColumns[0];
+    const float* source = row.sourceRow + int64_t(n) * row.sourceColumns[0];
+    const float* target = row.targetRow + int64_t(n) * t0;
+    const uint8_t* filled = filledRow + t0;
+    int32_t dx = begin;
+    while (dx < end) {
+        while (dx < end && !filled[dx])
+            ++dx;
+        int32_t runEnd = dx;
+        while (runEnd < end && filled[runEnd])
+            ++runEnd;
+        for (int32_t i = dx; i < runEnd; ++i) {
+            if constexpr (F == Normal && !Unit) {
+                float s[3];
+                normalise(source + int64_t(n) * i, s);
+                normalise(s, s);
+                errors[i] += pixelDifferenceOf<F>(s, target + int64_t(n) * i);
+            } else {
+                errors[i] += pixelDifferenceOf<F>(source + int64_t(n) * i, target + int64_t(n) * i);
+            }
+        }
+        dx = runEnd;
+    }
+}
+
 template <PixelFormat F, bool Identity, bool Unit = false>
 void addRowErrors(const RowContext& row, const uint8_t* filledRow, int32_t begin, int32_t end, float* errors)
 {
+    if constexpr (Identity) {
+        if (row.unfolded) {
+            addUnfoldedRowErrors<F, Unit>(row, filledRow, begin, end, errors);
+            return;
+        }
+    }
     float s[4];
     for (int32_t dx = begin; dx < end; ++dx) {
         const int32_t tx = row.targetColumns[dx];
@@ -429,12 +469,15 @@ RowContext Patch::rowContext(int layer, const PatchSource& candidate, bool ident
 {
     const LayerView& source = sourceLayers[layer];
     RowContext row{&source, &targetLayers[layer], &candidate, nullptr, nullptr,
-                   targetLayers[layer].row(ty), targetColumns.data(), dy, false};
+                   targetLayers[layer].row(ty), targetColumns.data(), dy, false, false};
     if (identity) {
         const LayerView& pixels = wholePixelLayers[layer];
         row.sourceRow = pixels.row(pixels.foldY(candidate.sy + dy));
         row.sourceColumns = sourceColumns + size_t(layer) * fullSize();
         row.unitNormals = pixels.data != source.data;
+        const int32_t last = fullSize() - 1;
+        row.unfolded = targetColumns[last] - targetColumns[0] == last
+            && row.sourceColumns[last] - row.sourceColumns[0] == last;
     }
     return row;
 }
