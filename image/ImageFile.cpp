@@ -521,8 +521,9 @@ bool saveImage(const QString& path, const Image& image, int pngLevel, const std:
     if (!written) {
         QFile::remove(temporary);
         const QString detail = ownPng ? QString::fromUtf8(pngReason) : imageLibraryMessage();
-        return saveFailed(path, detail.isEmpty() ? QStringLiteral("FreeImage could not write it")
-                                                 : QStringLiteral("FreeImage could not write it (%1)").arg(detail));
+        const QString writer = ownPng ? QStringLiteral("libpng") : QStringLiteral("FreeImage");
+        return saveFailed(path, detail.isEmpty() ? QStringLiteral("%1 could not write it").arg(writer)
+                                                 : QStringLiteral("%1 could not write it (%2)").arg(writer, detail));
     }
     if (std::rename(temporaryName.constData(), name.constData()) != 0) {
         const QString detail = QString::fromLocal8Bit(std::strerror(errno));
