@@ -343,8 +343,12 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
     // generator's process-wide sequence.
     const auto* masked = dynamic_cast<const PSGMasked*>(sourceGenerator);
     const bool drawAhead = dynamic_cast<const PSGBoundaryAll*>(sourceGenerator) || (masked && !masked->useMask);
-    const uint32_t firstBatch = drawAhead ? uint32_t(patch->batchTeamSize(useAllLayers)) : 1u;
-    const uint32_t maxBatch = firstBatch > 1 ? 8 * firstBatch : 1u;
+    // Two candidates per thread in the first batch of a position: fewer
+    // thread-team wake-ups, for a little work wasted where the first
+    // candidate already passes.
+    const uint32_t team = drawAhead ? uint32_t(patch->batchTeamSize(useAllLayers)) : 1u;
+    const uint32_t firstBatch = team > 1 ? 2 * team : 1u;
+    const uint32_t maxBatch = 4 * firstBatch;
     std::vector<PatchSource> candidates(maxBatch, PatchSource(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f));
     std::vector<float> errors(maxBatch, 0.0f);
     std::deque<std::pair<int32_t, int32_t>> drawn;
