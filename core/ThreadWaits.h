@@ -2,8 +2,9 @@
 
 // OpenMP worker threads that spin while waiting for the next parallel loop
 // starve the other team members when the cores are shared with other
-// programs: a run that takes 1.3 s on idle cores took 15 to 19 s beside one
-// busy process, and 3 to 4 s with short spins. The OpenMP runtime reads its
+// programs: beside one busy process on two cores, a 2048 x 2048 run that
+// takes 1.0 s on idle cores took 2.5 to 3 s with the runtime's default spin
+// and 1.5 to 1.9 s with short spins. The OpenMP runtime reads its
 // wait settings once, when it is loaded, so when the user has set neither
 // OMP_WAIT_POLICY nor GOMP_SPINCOUNT this sets a short spin and starts the
 // program again (Linux); otherwise, and when that fails, it returns and the
