@@ -89,7 +89,7 @@ bool takesValue(const QString& option)
 bool isFlag(const QString& option)
 {
     static const char* const flags[] = {"-h", "--help", "-q", "--quiet", "--first-layer-only", "--list",
-                                        "--save-project"};
+                                        "--save-project", "--smallest-files"};
     for (const char* name : flags)
         if (option == QLatin1String(name))
             return true;
@@ -111,6 +111,8 @@ bool applyOption(const QString& option, const QString& value, CommandLine& cl, Q
         cl.quiet = true;
     } else if (option == QLatin1String("--first-layer-only")) {
         cl.firstLayerOnly = true;
+    } else if (option == QLatin1String("--smallest-files")) {
+        cl.smallestFiles = true;
     } else if (option == QLatin1String("-o") || option == QLatin1String("--output")) {
         if (value.isEmpty()) {
             error = QStringLiteral("%1 needs a directory").arg(option);
@@ -349,6 +351,7 @@ QString usageText()
         "                            the patch options and --seed override them)\n"
         "  --save-project            with --surface: save the project afterwards, so that\n"
         "                            frozen parts of a mixed surface are kept\n"
+        "  --smallest-files          write PNG files as small as possible (slower)\n"
         "  -q, --quiet               show only warnings and errors\n"
         "  -h, --help                show this text\n"
         "\n"
