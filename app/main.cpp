@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 #include "MyApplication.h"
+#include "ThreadWaits.h"
 
 #include <QPixmap>
 #include <QSplashScreen>
@@ -7,6 +8,8 @@
 
 int main(int argc, char** argv)
 {
+    useShortThreadWaits(argv);
+
     // Every OpenGL view shares textures and buffers with the others.
     QCoreApplication::setAttribute(Qt::AA_UseDesktopOpenGL, true);
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, true);

@@ -186,6 +186,8 @@ const Option options[] = {
     {nullptr, "--save-project", nullptr, false,
      "with --surface: save the project afterwards, so that\nfrozen parts of a mixed surface are kept", nullptr,
      [](const QString&, CommandLine& cl) { cl.saveProject = true; return true; }},
+    {nullptr, "--smallest-files", nullptr, false, "write PNG files as small as possible (slower)", nullptr,
+     [](const QString&, CommandLine& cl) { cl.smallestFiles = true; return true; }},
     {"-q", "--quiet", nullptr, false, "show only warnings and errors", nullptr,
      [](const QString&, CommandLine& cl) { cl.quiet = true; return true; }},
     {"-h", "--help", nullptr, false, "show this text", nullptr,

@@ -49,6 +49,7 @@ struct CommandLine
     uint32_t sourceMaskChannel = 0;
 
     bool quiet = false;
+    bool smallestFiles = false; // PNG at zlib's best compression instead of its fastest
 
     // Options given that only the files mode understands, for the project
     // modes' usage error.

@@ -45,9 +45,12 @@ bool ConsoleLog::stderrIsTerminal()
 void ConsoleLog::print(const QString& text, int severity)
 {
     std::lock_guard<std::mutex> guard(lock);
-    if (capturing && severity == Error) {
-        captured << text.trimmed();
-        return;
+    if (severity == Error) {
+        const auto capture = captures.find(std::this_thread::get_id());
+        if (capture != captures.end()) {
+            capture->second << text.trimmed();
+            return;
+        }
     }
     if (quiet && (severity == Info || severity == Success))
         return;
@@ -87,16 +90,18 @@ void ConsoleLog::endProgress()
 void ConsoleLog::startCapture()
 {
     std::lock_guard<std::mutex> guard(lock);
-    capturing = true;
-    captured.clear();
+    captures[std::this_thread::get_id()].clear();
 }
 
 QStringList ConsoleLog::stopCapture()
 {
     std::lock_guard<std::mutex> guard(lock);
-    capturing = false;
     QStringList result;
-    result.swap(captured);
+    const auto capture = captures.find(std::this_thread::get_id());
+    if (capture != captures.end()) {
+        result.swap(capture->second);
+        captures.erase(capture);
+    }
     return result;
 }
 

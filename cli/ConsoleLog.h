@@ -4,7 +4,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <map>
 #include <mutex>
+#include <thread>
 
 // Prints the message log to stderr for the headless synthesizer: one line
 // per message, coloured by severity when stderr is a terminal, and a
@@ -30,8 +32,8 @@ public:
     // Ends the bar's line so that later output starts on a fresh one.
     void endProgress();
 
-    // Holds back Error messages from now on, to be folded into one line by
-    // the caller; other messages still print.
+    // Holds back Error messages the calling thread logs from now on, to be
+    // folded into one line by the caller; other messages still print.
     void startCapture();
     QStringList stopCapture();
 
@@ -45,7 +47,6 @@ private:
     QMetaObject::Connection connection;
     bool quiet = false;
     bool terminal = false;
-    bool capturing = false;
-    QStringList captured;
+    std::map<std::thread::id, QStringList> captures; // one per capturing thread
     int barPercent = -1; // -1: no bar on screen
 };

@@ -301,9 +301,8 @@ int synthesizeFiles(const CommandLine& cl, ConsoleLog& console)
     Velmor::PSGMasked maskedSource;
     Velmor::PixelSourceGenerator* source = inputs.sourceMask ? static_cast<Velmor::PixelSourceGenerator*>(&maskedSource)
                                                              : &unmaskedSource;
-    synthesizer->synthesize(&destination, source, [&console](int percent) { console.progress(percent); }, 0);
-    console.progress(100);
-    console.endProgress();
+    synthesizer->synthesize(&destination, source, [&console](int percent) { console.progress(percent * synthesisShare / 100); }, 0);
+    console.progress(synthesisShare);
 
     // The inputs are no longer needed: free them before saving.
     synthesizer->forgetInputs();
@@ -315,5 +314,6 @@ int synthesizeFiles(const CommandLine& cl, ConsoleLog& console)
         logMessage(Error, "Nothing was written to '%s': the synthesis made no layers.", text(cl.outputDir).constData());
         return ExitFailure;
     }
-    return saveOutputLayers(console, std::move(output), cl.outputDir);
+    return saveOutputLayers(console, std::move(output), cl.outputDir,
+                            cl.smallestFiles ? smallestPngLevel : fastPngLevel);
 }

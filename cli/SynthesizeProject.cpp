@@ -165,9 +165,8 @@ int synthesizeProjectSurface(const CommandLine& cl, ConsoleLog& console)
     Velmor::SurfaceSynthesisContext& context = *surface->synthesisContext;
     context.seed = cl.seed;
     const bool complete =
-        Velmor::synthesizeSurface(context, [&console](int percent) { console.progress(percent); });
-    console.progress(100);
-    console.endProgress();
+        Velmor::synthesizeSurface(context, [&console](int percent) { console.progress(percent * synthesisShare / 100); });
+    console.progress(synthesisShare);
 
     // Detach the output; it is freed layer by layer as it is written.
     ImageSynthesizer* synthesizer = surface->synthesizer();
@@ -180,7 +179,8 @@ int synthesizeProjectSurface(const CommandLine& cl, ConsoleLog& console)
                    text(cl.outputDir).constData(), surface->name.c_str());
         status = ExitFailure;
     } else {
-        status = saveOutputLayers(console, std::move(output), cl.outputDir);
+        status = saveOutputLayers(console, std::move(output), cl.outputDir,
+                            cl.smallestFiles ? smallestPngLevel : fastPngLevel);
     }
 
     if (cl.saveProject) {

@@ -3,6 +3,7 @@
 #include "ExitStatus.h"
 #include "SynthesizeFiles.h"
 #include "SynthesizeProject.h"
+#include "ThreadWaits.h"
 
 #include <QCoreApplication>
 
@@ -10,6 +11,7 @@
 
 int main(int argc, char** argv)
 {
+    useShortThreadWaits(argv);
     QCoreApplication application(argc, argv);
     ConsoleLog console;
 

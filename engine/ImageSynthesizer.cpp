@@ -5,13 +5,18 @@
 #include "Patch.h"
 #include "PatchSource.h"
 #include "PixelDestGenerator.h"
+#include "PSGBoundaryAll.h"
+#include "PSGMasked.h"
 #include "PixelSourceGenerator.h"
+#include "RingErrorFloor.h"
 
 #include <tinyxml2.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <deque>
 #include <typeinfo>
 #include <vector>
 
@@ -327,6 +332,8 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
     const Image* direction = directionMap && !directionMap->isEmpty() && directionMap->channels() > 0 ? directionMap
                                                                                                          : nullptr;
     const Image* scaling = scaleMap && !scaleMap->isEmpty() && scaleMap->channels() > 0 ? scaleMap : nullptr;
+    const double errorFloor = ringErrorFloor(*source, useAllLayers, direction || scaling, startFilled == 1);
+    patch->setEarlyExit(errorFloor >= 0.0, errorFloor);
 
     logMessage(Info, "Texture synthesis started.");
     int total = 0;
@@ -334,7 +341,20 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
     int lastPercent = -1;
     bool warnedDirection = false;
     bool warnedScale = false;
-    PatchSource candidate(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f);
+    // Drawing source positions ahead of their tries keeps the generator's
+    // sequence only when no one else draws from it: not so for the masked
+    // generator's process-wide sequence.
+    const auto* masked = dynamic_cast<const PSGMasked*>(sourceGenerator);
+    const bool drawAhead = dynamic_cast<const PSGBoundaryAll*>(sourceGenerator) || (masked && !masked->useMask);
+    // Two candidates per thread in the first batch of a position: fewer
+    // thread-team wake-ups, for a little work wasted where the first
+    // candidate already passes.
+    const uint32_t team = drawAhead ? uint32_t(patch->batchTeamSize(useAllLayers)) : 1u;
+    const uint32_t firstBatch = team > 1 ? 2 * team : 1u;
+    const uint32_t maxBatch = 4 * firstBatch;
+    std::vector<PatchSource> candidates(maxBatch, PatchSource(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f));
+    std::vector<float> errors(maxBatch, 0.0f);
+    std::deque<std::pair<int32_t, int32_t>> drawn;
 
     int32_t x = 0;
     int32_t y = 0;
@@ -385,25 +405,51 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
             }
         }
 
+        // Tries run in batches evaluated side by side, growing while the
+        // position keeps rejecting candidates; every try is still judged in
+        // order, so the outcome is the one of trying them one by one.
+        const uint32_t allowedTries = std::max(1u, maxTries);
         uint32_t tries = 0;
-        while (true) {
-            int32_t sx = 0;
-            int32_t sy = 0;
-            sourceGenerator->next(sx, sy);
-            candidate.place(sx, sy, halfSize, dirX, dirY, scale);
-            const float error = patch->evaluate(candidate, filledMask.data(), useAllLayers);
-            ++tries;
-            const float normalised = error / L;
-            if (normalised > errorThreshold && tries < maxTries) {
-                if (cancelRequested)
-                    break;
-                continue;
+        uint32_t batch = firstBatch;
+        bool placed = false;
+        while (!placed) {
+            const uint32_t n = std::min(batch, allowedTries - tries);
+            while (drawn.size() < n) {
+                int32_t sx = 0;
+                int32_t sy = 0;
+                sourceGenerator->next(sx, sy);
+                drawn.push_back({sx, sy});
             }
-            ++total;
-            patch->paste(filledMask.data(), writeMask);
-            if (normalised > errorThreshold)
-                ++timedOut;
-            break;
+            for (uint32_t i = 0; i < n; ++i)
+                candidates[i].place(drawn[i].first, drawn[i].second, halfSize, dirX, dirY, scale);
+            if (n == 1)
+                errors[0] = patch->evaluate(candidates[0], filledMask.data(), useAllLayers);
+            else
+                patch->evaluateBatch(candidates.data(), int(n), filledMask.data(), useAllLayers, L, errorThreshold,
+                                     errors.data());
+            uint32_t used = 0;
+            bool cancelled = false;
+            for (uint32_t i = 0; i < n && !placed && !cancelled; ++i) {
+                if (n > 1)
+                    patch->takeEvaluated(int(i), candidates[i], errors[i]);
+                ++used;
+                ++tries;
+                const float normalised = errors[i] / L;
+                if (normalised > errorThreshold && tries < maxTries) {
+                    cancelled = cancelRequested;
+                    continue;
+                }
+                ++total;
+                patch->paste(filledMask.data(), writeMask);
+                if (normalised > errorThreshold)
+                    ++timedOut;
+                placed = true;
+            }
+            // Positions drawn but not tried serve the next tries.
+            drawn.erase(drawn.begin(), drawn.begin() + used);
+            if (cancelled)
+                break;
+            batch = std::min(batch * 2, maxBatch);
         }
     }
 

@@ -3,6 +3,7 @@
 #include "ExrHeaderCheck.h"
 #include "ImageFileSupport.h"
 #include "LogMessage.h"
+#include "PngWriter.h"
 #include "TiffFloatReader.h"
 
 #include <FreeImage.h>
@@ -484,7 +485,7 @@ bool loadImage(ImageFileInfo& info, const QString& path, Image& image)
     return true;
 }
 
-bool saveImage(const QString& path, const Image& image)
+bool saveImage(const QString& path, const Image& image, int pngLevel, const std::function<void(double)>& progress)
 {
     prepareImageLibraries();
     clearImageLibraryMessage();
@@ -506,14 +507,23 @@ bool saveImage(const QString& path, const Image& image)
         return saveFailed(path, QStringLiteral("there is not enough memory"));
 
     // EXR would halve float samples by default; the sample type asks for 32 bits.
-    const int flags = fif == FIF_EXR ? EXR_FLOAT : 0;
+    int flags = fif == FIF_EXR ? EXR_FLOAT : 0;
+    if (fif == FIF_PNG && pngLevel >= 1 && pngLevel <= 9)
+        flags = pngLevel; // FreeImage reads the zlib level from the low bits
     const QString temporary = temporaryPath(path);
     const QByteArray temporaryName = encodedPath(temporary);
-    if (!FreeImage_Save(fif, dib.get(), temporaryName.constData(), flags)) {
+    // A chosen PNG level goes through our own libpng writer, which also
+    // picks the row filter and reports progress.
+    const bool ownPng = fif == FIF_PNG && pngLevel >= 1 && pngLevel <= 9 && PngWriter::canWrite(dib.get());
+    QByteArray pngReason;
+    const bool written = ownPng ? PngWriter::write(dib.get(), temporaryName, pngLevel, progress, pngReason)
+                                : FreeImage_Save(fif, dib.get(), temporaryName.constData(), flags) != 0;
+    if (!written) {
         QFile::remove(temporary);
-        const QString detail = imageLibraryMessage();
-        return saveFailed(path, detail.isEmpty() ? QStringLiteral("FreeImage could not write it")
-                                                 : QStringLiteral("FreeImage could not write it (%1)").arg(detail));
+        const QString detail = ownPng ? QString::fromUtf8(pngReason) : imageLibraryMessage();
+        const QString writer = ownPng ? QStringLiteral("libpng") : QStringLiteral("FreeImage");
+        return saveFailed(path, detail.isEmpty() ? QStringLiteral("%1 could not write it").arg(writer)
+                                                 : QStringLiteral("%1 could not write it (%2)").arg(writer, detail));
     }
     if (std::rename(temporaryName.constData(), name.constData()) != 0) {
         const QString detail = QString::fromLocal8Bit(std::strerror(errno));

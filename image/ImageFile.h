@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 
 // What the loader found in a file, filled alongside the image: its size, the
 // bits per pixel FreeImage reports for it (before palette or CMYK files are
@@ -47,7 +48,10 @@ bool loadImage(ImageFileInfo& info, const QString& path, Image& image);
 // renames into place. Returns false after logging "Unable to save output file." on failure.
 // When the format cannot hold the image's depth (a 16-bit image saved as JPEG, an 8-bit image
 // saved as EXR), the 8-bit or the float layout of the same channels is written instead.
-bool saveImage(const QString& path, const Image& image);
+// `pngLevel` 1 (fastest) to 9 (smallest) sets the zlib level of PNG files and reports `progress`
+// (the fraction written) while they are written; 0 keeps FreeImage's writer and zlib's default.
+bool saveImage(const QString& path, const Image& image, int pngLevel = 0,
+               const std::function<void(double)>& progress = {});
 
 // The extension (".png", ".tif", ...) that saveImage uses for a file type value, e.g. for the
 // "Save Generated Images" rule; ".png" for unknown types.

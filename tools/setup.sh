@@ -4,7 +4,7 @@
 ONDRELS_PACKAGES=(
   build-essential cmake ninja-build pkg-config
   qtbase5-dev libqt5opengl5-dev
-  libfreeimage-dev libtiff-dev libassimp-dev libtinyxml2-dev zlib1g-dev
+  libfreeimage-dev libpng-dev libtiff-dev libassimp-dev libtinyxml2-dev zlib1g-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth libgl1-mesa-dri libglx-mesa0 libgl1 fonts-dejavu-core
 )

@@ -141,7 +141,7 @@ TEST(CommandLine, HelpListsEveryOption)
     const char* const names[] = {"--output", "--layer", "--size", "--method", "--patch-size", "--boundary",
                                  "--error-threshold", "--max-tries", "--feather", "--first-layer-only", "--seed",
                                  "--direction-map", "--scale-map", "--output-mask", "--source-mask", "--project",
-                                 "--list", "--surface", "--save-project", "--quiet", "--help"};
+                                 "--list", "--surface", "--save-project", "--smallest-files", "--quiet", "--help"};
     for (const char* name : names) {
         EXPECT_TRUE(help.contains(QStringLiteral(" %1 ").arg(QLatin1String(name)))
                     || help.contains(QStringLiteral(" %1\n").arg(QLatin1String(name))))

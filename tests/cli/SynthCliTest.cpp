@@ -121,3 +121,33 @@ TEST(SynthCli, GuidanceAndMasksReachTheSynthesizer)
     ASSERT_EQ(result.exitCode, 0) << result.errorLines.join('\n').toStdString();
     EXPECT_EQ(loadOutput(guided + "/color.png").width, 96u);
 }
+
+// Layers are written side by side: a layer that cannot be written gets its
+// own single error line while the others are still written, and
+// --smallest-files gives the same pixels in files no larger.
+TEST(SynthCli, LayersWrittenSideBySideFailAloneAndSmallestFilesKeepPixels)
+{
+    QTemporaryDir dir;
+    const QStringList inputs = {writePattern(dir.filePath("rock_col.png"), 64, RGB),
+                                writePattern(dir.filePath("rock_disp.png"), 64, Gray, 1.0f),
+                                writePattern(dir.filePath("rock_rough.png"), 64, Gray, 2.0f),
+                                "--size", "160x160", "--patch-size", "16", "--boundary", "4", "--seed", "3"};
+    const QString fast = dir.filePath("fast"), small = dir.filePath("small"), blocked = dir.filePath("blocked");
+    ASSERT_EQ(runSynth(inputs + QStringList{"-o", fast}).exitCode, 0);
+    ASSERT_EQ(runSynth(inputs + QStringList{"--smallest-files", "-o", small}).exitCode, 0);
+    for (const char* file : {"color.png", "displacement.png", "roughness.png"}) {
+        SCOPED_TRACE(file);
+        const Image a = loadOutput(fast + "/" + file), b = loadOutput(small + "/" + file);
+        ASSERT_EQ(a.floatCount(), b.floatCount());
+        EXPECT_TRUE(std::equal(a.data, a.data + a.floatCount(), b.data));
+        EXPECT_LE(fileBytes(small + "/" + file).size(), fileBytes(fast + "/" + file).size());
+    }
+
+    ASSERT_TRUE(QDir().mkpath(blocked + "/displacement.png"));
+    const RunResult result = runSynth(inputs + QStringList{"-q", "-o", blocked});
+    EXPECT_EQ(result.exitCode, 0); // two of three layers were written
+    ASSERT_EQ(result.errorLines.size(), 1) << result.errorLines.join('\n').toStdString();
+    EXPECT_TRUE(result.errorLines[0].contains("displacement.png"));
+    EXPECT_EQ(QDir(blocked).entryList(QDir::Files | QDir::Hidden, QDir::Name),
+              QStringList({"color.png", "roughness.png"}));
+}

@@ -72,6 +72,7 @@ TEST(Patch, RecordedErrorsMatchPerPixelReference)
     const int F = patch.fullSize();
     const struct { int x, y, sx, sy; float dirX, dirY, scale; bool all; } cases[] = {
         {-11, -11, 3, 4, 0, 1, 1, true}, {30, 25, 30, 20, 0, 1, 1, true}, {7, 40, -5, 33, 0, 1, 1, false},
+        {12, 10, 4, 6, 0, 1, 1, true}, // no fold in source or target columns
         {20, 5, 10, 8, 0.6f, 0.8f, 1, true}, {-3, 30, 25, 28, -1, 0, 2.5f, true},
         {44, -6, 38, 1, 0.28f, -0.96f, 0.7f, true}};
     for (const auto& c : cases) {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <numeric>
@@ -77,6 +78,11 @@ struct CancellingSource : PSGBoundaryAll
 // so the loop's own rules can be checked exactly.
 struct RecordingPatch : Patch
 {
+    void init(LayeredImage* target, int32_t size, int32_t boundary) override
+    {
+        Patch::init(target, size, boundary);
+        teamSize = 1; // one candidate at a time, each through evaluate
+    }
     struct Try
     {
         int32_t x, y, sx, sy;
@@ -383,6 +389,50 @@ TEST(Synthesizer, FixedSeedReproducesOnAnyThreadCount)
         EXPECT_EQ(run(*fresh(), *source, 1234, &flat), reference) << method;
         EXPECT_NE(run(*fresh(), *source, 1235), reference) << method;
     }
+}
+
+// FNV-1a over the bits of every layer.
+uint64_t hashOf(const Pixels& pixels)
+{
+    uint64_t h = 1469598103934665603ull;
+    for (const std::vector<float>& layer : pixels)
+        for (float v : layer) {
+            uint32_t bits;
+            std::memcpy(&bits, &v, sizeof bits);
+            for (int b = 0; b < 4; ++b)
+                h = (h ^ ((bits >> (8 * b)) & 0xFFu)) * 1099511628211ull;
+        }
+    return h;
+}
+
+// Outputs of fixed-seed runs, recorded with the engine before candidates were
+// evaluated in batches and stopped early: any change of the chosen candidates
+// or the pasted pixels changes them.
+TEST(Synthesizer, FixedSeedOutputIsUnchanged)
+{
+    auto source = EngineTest::makeSource(90, 80);
+    Image turn(8, 8, RGB), grow(8, 8, Gray);
+    for (int i = 0; i < 64; ++i) {
+        turn.data[3 * i] = std::sin(0.3f * float(i));
+        turn.data[3 * i + 1] = std::cos(0.3f * float(i));
+        grow.data[i] = 0.5f + float(i % 8) / 8.0f;
+    }
+    struct Case { const char* method; bool guided; uint64_t expected; };
+    // A deliberate change of the cutout paste changes its value.
+    const Case cases[] = {{"Patch Based Blended", false, 843640964710394141ull},
+                          {"Patch Based Cutout", false, 15129384706338480083ull},
+                          {"Patch Based Blended", true, 11834031766832055060ull}};
+    const int threads = omp_get_max_threads();
+    for (const Case& c : cases)
+        for (int n : {1, 2, 5}) {
+            omp_set_num_threads(n);
+            auto synthesizer = makeSynthesizer(c.method, 24, 8, 150, 20);
+            static_cast<Params*>(synthesizer->params)->errorThreshold = 0.002f;
+            const uint64_t h = hashOf(run(*synthesizer, *source, 77, c.guided ? &turn : nullptr,
+                                          c.guided ? &grow : nullptr));
+            EXPECT_EQ(h, c.expected) << c.method << (c.guided ? " guided" : "") << " threads " << n;
+        }
+    omp_set_num_threads(threads);
 }
 
 TEST(Synthesizer, OddButValidSettingsRun)

@@ -283,6 +283,40 @@ Material moss(uint32_t size, uint32_t seed)
     return m;
 }
 
+Material gravel(uint32_t size, uint32_t seed)
+{
+    Material m;
+    m.color.allocate(size, size, RGB);
+    m.height.allocate(size, size, Gray);
+    if (size == 0)
+        return m;
+    const float period = float(size);
+    // About 12 pixels per pebble at 512 pixels, whatever the size.
+    const uint32_t cells = std::max(2u, size / 12);
+    const WrappingCells pebbles(cells, period, 0.9f, 0.0f, seed);
+#pragma omp parallel for schedule(static)
+    for (int32_t row = 0; row < int32_t(size); ++row)
+        for (uint32_t x = 0, y = uint32_t(row); x < size; ++x) {
+            const float u = float(x) / period, v = float(y) / period;
+            const WrappingCells::Nearest cell = pebbles.nearest(float(x), float(y));
+            const float tone = hash(cell.index, 1, seed + 3);
+            const float hue = hash(cell.index, 2, seed + 3);
+            // Sensor-like noise on every pixel, and dirt at coarser scales.
+            const float grain = hash(x, y, seed + 19) - 0.5f;
+            const float dirt = fbm(u, v, 16, 5, seed + 23);
+            const float round = std::clamp(cell.border / (pebbles.size() * 0.35f), 0.0f, 1.0f);
+            const float dome = std::sqrt(round * (2.0f - round));
+            setGray(m.height, x, y, 0.15f + 0.6f * dome * (0.5f + 0.5f * tone) + 0.2f * (dirt - 0.5f) + 0.08f * grain);
+            const float shade = 0.45f + 0.55f * dome;
+            const float r = (lerp(0.25f, 0.85f, tone) + 0.2f * (hue - 0.5f)) * shade + 0.3f * (dirt - 0.5f) + 0.12f * grain;
+            const float g = lerp(0.22f, 0.75f, tone) * shade + 0.25f * (dirt - 0.5f) + 0.12f * grain;
+            const float b = (lerp(0.2f, 0.7f, tone) - 0.2f * (hue - 0.5f)) * shade + 0.2f * (dirt - 0.5f) + 0.12f * grain;
+            setColor(m.color, x, y, r, g, b);
+        }
+    m.normal = normalsFromHeight(m.height, 6.0f);
+    return m;
+}
+
 Image blobMask(uint32_t size, uint32_t seed)
 {
     Image mask(size, size, Gray);

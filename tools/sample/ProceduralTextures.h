@@ -21,6 +21,10 @@ struct Material
 Material cobblestones(uint32_t size, uint32_t seed);
 // Soft green clumps over dark soil.
 Material moss(uint32_t size, uint32_t seed);
+// Loose gravel with grain at every scale, like a photo: no two places of it
+// match closely, so most patches find no candidate under the default error
+// threshold. The roughness map is left empty.
+Material gravel(uint32_t size, uint32_t seed);
 // White blobs on black (exactly 0 or 1), for mixing two materials.
 Image blobMask(uint32_t size, uint32_t seed);
 // Unit directions circling the centre, as a Normal image of (dx, dy, 0).
