@@ -1,5 +1,6 @@
 #include "CutoutPatch.h"
 
+#include "Check.h"
 #include "Image.h"
 #include "LayerView.h"
 #include "LayeredImage.h"
@@ -140,7 +141,7 @@ void CutoutPatch::computeWeights(const uint8_t* filledMask)
 {
     const int32_t F = fullSize();
     const int32_t B = patchBoundary;
-    if (!weightImage || !weightImage->data || int32_t(weightImage->width) != F)
+    if (!ONDRELS_CHECK(weightImage && weightImage->data && int32_t(weightImage->width) == F))
         return;
     weightImage->clear();
     if (B > 0 && stripImage && stripImage->data) {
@@ -184,7 +185,7 @@ void CutoutPatch::computeWeights(const uint8_t* filledMask)
 
 void CutoutPatch::paste(uint8_t* filledMask, const Image* writeMask)
 {
-    if (!bestSource || !weightImage || !weightImage->data || int32_t(weightImage->width) != fullSize()) {
+    if (!bestSource || !ONDRELS_CHECK(weightImage && weightImage->data && int32_t(weightImage->width) == fullSize())) {
         discardBest();
         return;
     }

@@ -1,5 +1,6 @@
 #include "Patch.h"
 
+#include "Check.h"
 #include "LayeredImage.h"
 #include "PatchSource.h"
 
@@ -245,8 +246,9 @@ void Patch::bindSource(const LayeredImage& source)
 bool Patch::prepare(const LayeredImage* source, const uint8_t* filledMask)
 {
     const int32_t F = fullSize();
-    if (!target || !source || !filledMask || F <= 0 || size_t(F) * F != errorScratch.size() || targetWidth <= 0
-        || targetHeight <= 0)
+    // init and the synthesizer's settings check rule all of these out.
+    if (!ONDRELS_CHECK(target && source && filledMask && F > 0 && size_t(F) * F == errorScratch.size()
+                       && targetWidth > 0 && targetHeight > 0))
         return false;
     bindSource(*source);
     for (int32_t dx = 0; dx < F; ++dx)
@@ -502,10 +504,10 @@ int Patch::pasteTeamSize(int layerCount) const
 void Patch::pasteWeighted(const float* weights, bool skipUnfilledRing, uint8_t* filledMask, const Image* writeMask)
 {
     const int32_t F = fullSize();
-    if (!bestSource || !bestSource->source || !filledMask || F <= 0 || size_t(F) * F != rowWeights.size()
-        || targetWidth <= 0 || targetHeight <= 0)
+    // No best candidate when every error of the position was NaN.
+    if (!bestSource)
         return;
-    if (!prepare(bestSource->source, filledMask))
+    if (!ONDRELS_CHECK(size_t(std::max(0, F)) * F == rowWeights.size()) || !prepare(bestSource->source, filledMask))
         return;
     const PatchSource& candidate = *bestSource;
     const int layerCount = usableLayers(sourceLayers, targetLayers);

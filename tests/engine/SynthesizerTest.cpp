@@ -185,57 +185,64 @@ TEST(Synthesizer, GuidanceIsReadAtThePatchCentre)
 
 TEST(Synthesizer, ErrorRulesProgressAndCancelOfTheLoop)
 {
-    auto source = EngineTest::makeSource(40, 40); // three layers
-    RecordingSynthesizer synthesizer;
-    Params* p = synthesizer.settings();
-    synthesizer.setInputs(source.get(), 96, 96, nullptr, nullptr, nullptr);
-    PSGBoundaryAll candidates;
-    EngineTest::LogRecorder log;
-    auto runGrid = [&](float error, ImageSynthesizer::Progress progress = nullptr) {
-        synthesizer.recorder.tries.clear();
-        synthesizer.recorder.pastes = 0;
-        synthesizer.recorder.error = error;
-        log.lines.clear();
-        PDG_GridAll destination;
-        synthesizer.synthesize(&destination, &candidates, progress, 0);
-    };
-
-    // Only the first layer compared: the error is still divided by the
-    // layer count (0.3 / 3 = 0.1 passes 0.15 at the first try).
-    p->useAllLayers = false;
-    p->errorThreshold = 0.15f;
-    p->maxTries = 5;
-    std::vector<int> progress;
-    runGrid(0.3f, [&](int percent) { progress.push_back(percent); });
-    EXPECT_TRUE(log.has("Texture synthesis started.", Info));
-    EXPECT_EQ(synthesizer.recorder.tries.size(), 49u);
-    EXPECT_EQ(synthesizer.recorder.pastes, 49);
-    EXPECT_TRUE(log.has("0 patches out of 49 timed out", Info));
     // Progress from the top-left row y = -12, 4, 20 ... 84 of 96 rows; only
     // increases over -1 are reported, so the first row gives nothing.
-    EXPECT_EQ(progress, (std::vector<int>{4, 20, 37, 54, 70, 87}));
-    // 0.48 / 3 = 0.16 does not: every position uses all five tries.
-    runGrid(0.48f);
-    EXPECT_EQ(synthesizer.recorder.tries.size(), 49u * 5);
-    EXPECT_TRUE(log.has("49 patches out of 49 timed out", Info));
+    {
+        auto source = EngineTest::makeSource(40, 40);
+        RecordingSynthesizer synthesizer;
+        synthesizer.setInputs(source.get(), 96, 96, nullptr, nullptr, nullptr);
+        PDG_GridAll destination;
+        PSGBoundaryAll candidates;
+        std::vector<int> progress;
+        EngineTest::LogRecorder log;
+        synthesizer.synthesize(&destination, &candidates, [&](int percent) { progress.push_back(percent); }, 0);
+        EXPECT_TRUE(log.has("Texture synthesis started.", Info));
+        EXPECT_EQ(synthesizer.recorder.tries.size(), 49u);
+        EXPECT_EQ(progress, (std::vector<int>{4, 20, 37, 54, 70, 87}));
+    }
 
-    // A NaN error is accepted at once and not counted as timed out.
-    runGrid(std::numeric_limits<float>::quiet_NaN());
-    EXPECT_EQ(synthesizer.recorder.tries.size(), 49u);
-    EXPECT_TRUE(log.has("0 patches out of 49 timed out", Info));
+    // One position over a zero target that counts as filled, from three
+    // constant grey layers: every candidate's error is the first layer's value.
+    LayeredImage source;
+    for (const char* name : {"A", "B", "C"})
+        source.setLayer(name, new Image(16, 16, Gray));
+    auto synthesizer = makeSynthesizer("Patch Based Blended", 8, 4, 48, 5);
+    auto* p = static_cast<Params*>(synthesizer->params);
+    p->useAllLayers = false;
+    p->errorThreshold = 0.15f;
+    EngineTest::LogRecorder log;
+    auto runOnce = [&](float value) {
+        std::fill(source.layers[0]->data, source.layers[0]->data + 256, value);
+        synthesizer->setInputs(&source, 48, 48, nullptr, nullptr, nullptr);
+        for (Image* layer : synthesizer->target->layers)
+            layer->clear();
+        ListedPositions destination({{10, 10}});
+        PSGBoundaryAll candidates;
+        log.lines.clear();
+        synthesizer->synthesize(&destination, &candidates, nullptr, 1);
+    };
+    // Only the first layer is compared, but the error is still divided by
+    // the layer count: 0.3 / 3 passes 0.15, 0.48 / 3 does not.
+    runOnce(0.3f);
+    EXPECT_TRUE(log.has("0 patches out of 1 timed out", Info));
+    runOnce(0.48f);
+    EXPECT_TRUE(log.has("1 patches out of 1 timed out", Info));
+    // A NaN error is accepted and not counted as timed out.
+    runOnce(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_TRUE(log.has("0 patches out of 1 timed out", Info));
 
-    // Tries without end still stop at a cancel.
+    // Tries without end still stop at a cancel, after the position's progress.
     p->maxTries = UINT32_MAX;
     p->errorThreshold = 0.0f;
-    synthesizer.recorder.tries.clear();
-    synthesizer.recorder.pastes = 0;
-    synthesizer.recorder.error = 1.0f;
-    CancellingSource cancelling(synthesizer, 5000);
-    ListedPositions destination({{0, 30}, {0, 60}});
-    progress.clear();
-    synthesizer.synthesize(&destination, &cancelling, [&](int percent) { progress.push_back(percent); }, 0);
-    EXPECT_EQ(synthesizer.recorder.tries.size(), 5000u);
-    EXPECT_EQ(synthesizer.recorder.pastes, 0);
+    std::fill(source.layers[0]->data, source.layers[0]->data + 256, 1.0f);
+    synthesizer->setInputs(&source, 48, 48, nullptr, nullptr, nullptr);
+    CancellingSource cancelling(*synthesizer, 5000);
+    ListedPositions destination({{0, 15}, {0, 30}});
+    std::vector<int> progress;
+    log.lines.clear();
+    synthesizer->synthesize(&destination, &cancelling, [&](int percent) { progress.push_back(percent); }, 1);
+    EXPECT_LE(cancelling.remaining, 0);
+    EXPECT_TRUE(log.has("0 patches out of 0 timed out", Info));
     EXPECT_EQ(progress, std::vector<int>{31}); // reported before the first try
 }
 
