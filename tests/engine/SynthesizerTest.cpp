@@ -117,6 +117,17 @@ struct RecordingSynthesizer : BasicPatchSynthesizer
     RecordingPatch recorder;
 };
 
+// Always the source's top-left corner; counts the positions drawn.
+struct CountingSource : PixelSourceGenerator
+{
+    void next(int32_t& x, int32_t& y) override
+    {
+        x = y = 0;
+        ++draws;
+    }
+    int draws = 0;
+};
+
 // Yields the given positions in order.
 struct ListedPositions : PixelDestGenerator
 {
@@ -217,18 +228,20 @@ TEST(Synthesizer, ErrorRulesProgressAndCancelOfTheLoop)
         for (Image* layer : synthesizer->target->layers)
             layer->clear();
         ListedPositions destination({{10, 10}});
-        PSGBoundaryAll candidates;
+        CountingSource candidates;
         log.lines.clear();
         synthesizer->synthesize(&destination, &candidates, nullptr, 1);
+        return candidates.draws;
     };
     // Only the first layer is compared, but the error is still divided by
-    // the layer count: 0.3 / 3 passes 0.15, 0.48 / 3 does not.
-    runOnce(0.3f);
+    // the layer count: 0.3 / 3 passes 0.15 at the first try, 0.48 / 3 does
+    // not in all five.
+    EXPECT_EQ(runOnce(0.3f), 1);
     EXPECT_TRUE(log.has("0 patches out of 1 timed out", Info));
-    runOnce(0.48f);
+    EXPECT_EQ(runOnce(0.48f), 5);
     EXPECT_TRUE(log.has("1 patches out of 1 timed out", Info));
-    // A NaN error is accepted and not counted as timed out.
-    runOnce(std::numeric_limits<float>::quiet_NaN());
+    // A NaN error is accepted at once and not counted as timed out.
+    EXPECT_EQ(runOnce(std::numeric_limits<float>::quiet_NaN()), 1);
     EXPECT_TRUE(log.has("0 patches out of 1 timed out", Info));
 
     // Tries without end still stop at a cancel, after the position's progress.
