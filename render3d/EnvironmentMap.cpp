@@ -5,6 +5,7 @@
 #include <FreeImage.h>
 
 #include <QFile>
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -147,7 +148,8 @@ EnvironmentMap loadEnvironmentSet(const QString& directory)
 {
     EnvironmentMap map;
     if (!loadRadianceHdr(directory + QStringLiteral("/envmap1.hdr"), map.levels[0])) {
-        logMessage(Warning, QStringLiteral("Using a plain environment instead of %1.").arg(directory));
+        logMessage(Warning, QStringLiteral("Using a plain environment instead of %1 (working directory %2).")
+                                .arg(directory, QDir::currentPath()));
         return plainEnvironment(0.5f, 0.5f, 0.5f);
     }
     for (int k = 1; k < environmentLevelCount; ++k) {

@@ -44,7 +44,11 @@ QMatrix4x4 OrbitCamera::viewMatrix() const
 
 QMatrix4x4 OrbitCamera::projectionMatrix(float aspect) const
 {
+    // In a tall view the field of view holds horizontally, so the model fits.
+    float vertical = fieldOfView;
+    if (aspect > 0.0f && aspect < 1.0f)
+        vertical = 2.0f * std::atan(std::tan(fieldOfView * 0.5f * 3.14159265f / 180.0f) / aspect) * 180.0f / 3.14159265f;
     QMatrix4x4 projection;
-    projection.perspective(fieldOfView, aspect, 0.05f, 100.0f);
+    projection.perspective(vertical, aspect, 0.05f, 100.0f);
     return projection;
 }

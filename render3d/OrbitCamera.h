@@ -22,7 +22,7 @@ public:
 
     float yaw = 30.0f;
     float pitch = 20.0f;
-    float distance = 3.0f;
+    float distance = 3.4f;
     float fieldOfView = 45.0f;
     QVector3D target;
 };

@@ -46,9 +46,15 @@ QOpenGLTexture* makeTexture(int width, int height, const float* rgba, int mipLev
     return texture;
 }
 
-QOpenGLTexture* makeLayerTexture(const Image& image)
+// The shader reads normal maps as vectors; a colour image in the normal slot
+// is mapped from [0, 1] to [-1, 1] first.
+QOpenGLTexture* makeLayerTexture(const Image& image, bool normalMap)
 {
-    const std::vector<float> rgba = rgbaOf(image);
+    std::vector<float> rgba = rgbaOf(image);
+    if (normalMap && image.format != Normal)
+        for (size_t i = 0; i < rgba.size(); i += 4)
+            for (size_t c = 0; c < 3; ++c)
+                rgba[i + c] = rgba[i + c] * 2.0f - 1.0f;
     QOpenGLTexture* texture = makeTexture(int(image.width), int(image.height), rgba.data(), 1);
     texture->setMinMagFilters(QOpenGLTexture::Linear, QOpenGLTexture::Linear);
     return texture;
@@ -232,7 +238,7 @@ void Preview3D::uploadPending()
         if (!layerChanged[slot])
             continue;
         delete layerTextures[slot];
-        layerTextures[slot] = pendingLayers[slot] ? makeLayerTexture(*pendingLayers[slot]) : nullptr;
+        layerTextures[slot] = pendingLayers[slot] ? makeLayerTexture(*pendingLayers[slot], slot == NormalLayer) : nullptr;
         layerChanged[slot] = false;
     }
     if (!environmentTexture)

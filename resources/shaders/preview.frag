@@ -54,7 +54,8 @@ vec2 envCoord(vec3 D)
 
 vec3 schlick(vec3 F0, float cosine)
 {
-    return F0 + (vec3(1.0) - F0) * pow(1.0 - cosine, 5.0);
+    // Rounding can push a cosine just above 1, and pow of a negative base is undefined.
+    return F0 + (vec3(1.0) - F0) * pow(clamp(1.0 - cosine, 0.0, 1.0), 5.0);
 }
 
 vec3 BRDF(vec3 N, vec3 L, vec3 V, float roughness, float metalness, vec3 kd, float LScale)
