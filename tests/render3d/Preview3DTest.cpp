@@ -5,7 +5,9 @@
 
 #include <QApplication>
 #include <QSurfaceFormat>
+#include <QMouseEvent>
 #include <QTest>
+#include <QWheelEvent>
 #include <QVector3D>
 
 #include <cmath>
@@ -207,6 +209,35 @@ TEST_F(Preview3DTest, MeshChoicesDrawTheirShapesAndUnknownOnesNothing)
         EXPECT_NEAR(qRed(centre), 0.6 * 255, 1.5) << choice;
         EXPECT_NEAR(qBlue(centre), 0.3 * 255, 1.5) << choice;
     }
+}
+
+TEST_F(Preview3DTest, MouseOrbitsPansAndZoomsAndResetRestores)
+{
+    preview.resetCamera();
+    const OrbitCamera start = preview.camera();
+    const QImage before = preview.grabFramebuffer();
+
+    QTest::mousePress(&preview, Qt::LeftButton, Qt::NoModifier, QPoint(100, 100));
+    QMouseEvent drag(QEvent::MouseMove, QPointF(150, 80), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&preview, &drag);
+    QTest::mouseRelease(&preview, Qt::LeftButton, Qt::NoModifier, QPoint(150, 80));
+    EXPECT_NE(preview.camera().yaw, start.yaw);
+    EXPECT_NE(preview.camera().pitch, start.pitch);
+    EXPECT_GT(differingPixels(before, preview.grabFramebuffer()), 100);
+
+    QTest::mousePress(&preview, Qt::MiddleButton, Qt::NoModifier, QPoint(100, 100));
+    QMouseEvent pan(QEvent::MouseMove, QPointF(130, 100), Qt::MiddleButton, Qt::MiddleButton, Qt::NoModifier);
+    QApplication::sendEvent(&preview, &pan);
+    EXPECT_GT((preview.camera().target - start.target).length(), 0.01f);
+
+    QWheelEvent wheel(QPointF(100, 100), preview.mapToGlobal(QPoint(100, 100)), QPoint(), QPoint(0, 240),
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&preview, &wheel);
+    EXPECT_LT(preview.camera().distance, start.distance);
+
+    preview.resetCamera();
+    EXPECT_EQ(preview.camera().position(), start.position());
+    EXPECT_EQ(differingPixels(before, preview.grabFramebuffer()), 0);
 }
 
 int main(int argc, char** argv)
