@@ -243,6 +243,9 @@ TEST_F(Preview3DTest, MouseOrbitsPansAndZoomsAndResetRestores)
 int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);
+    // Listing the tests (CTest's discovery) must work without a display.
+    if (::testing::GTEST_FLAG(list_tests))
+        return RUN_ALL_TESTS();
     QCoreApplication::setAttribute(Qt::AA_UseDesktopOpenGL, true);
     QSurfaceFormat format;
     format.setVersion(2, 1);
