@@ -1,5 +1,7 @@
 #include "CentralArea.h"
 
+#include "PreviewArea.h"
+
 #include <QLabel>
 
 namespace {
@@ -17,11 +19,11 @@ QLabel* placeholder(const QString& title)
 
 } // namespace
 
-CentralArea::CentralArea(QWidget* parent)
+CentralArea::CentralArea(ProjectDocument* document, QWidget* parent)
     : QSplitter(Qt::Vertical, parent)
     , input(placeholder(tr("Input View")))
     , generated(placeholder(tr("Generated View")))
-    , preview(placeholder(tr("3D Preview")))
+    , preview(new PreviewArea(document))
 {
     auto* views2d = new QSplitter(Qt::Horizontal);
     views2d->addWidget(input);

@@ -2,22 +2,24 @@
 
 #include <QSplitter>
 
+class PreviewArea;
+class ProjectDocument;
 class QLabel;
 
 // The middle of the main window: the input view and the generated view side
-// by side above the 3D preview. Plain placeholders until the views exist.
+// by side above the 3D preview. The 2D views are placeholders until they exist.
 class CentralArea : public QSplitter
 {
     Q_OBJECT
 public:
-    explicit CentralArea(QWidget* parent = nullptr);
+    explicit CentralArea(ProjectDocument* document, QWidget* parent = nullptr);
 
     QWidget* inputView() const { return input; }
     QWidget* generatedView() const { return generated; }
-    QWidget* preview3D() const { return preview; }
+    PreviewArea* previewArea() const { return preview; }
 
 private:
     QWidget* input;
     QWidget* generated;
-    QWidget* preview;
+    PreviewArea* preview;
 };

@@ -10,6 +10,8 @@
 #include "ProjectDocument.h"
 #include "ProjectEdits.h"
 #include "ProjectFlows.h"
+#include "PreviewArea.h"
+#include "PreviewSettings.h"
 #include "PropertiesDock.h"
 #include "WidgetDialogs.h"
 
@@ -57,11 +59,12 @@ MainWindow::MainWindow()
     setDockOptions(QMainWindow::AnimatedDocks | QMainWindow::AllowNestedDocks | QMainWindow::AllowTabbedDocks);
 
     log = new LogDock(this);
-    central = new CentralArea(this);
+    central = new CentralArea(projectDocument, this);
     setCentralWidget(central);
     browser = new ProjectBrowserDock(projectDocument, dialogs.get(), this);
     properties = new PropertiesDock(projectDocument, dialogs.get(), this);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, properties, &PropertiesDock::showRecord);
+    connect(browser, &ProjectBrowserDock::currentRecordChanged, central->previewArea(), &PreviewArea::showRecord);
 
     createMenus();
     arrangeDocks();
@@ -120,7 +123,7 @@ void MainWindow::createMenus()
     });
     QAction* importPbr = add(file, tr("Import PBR Images..."), QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_I),
                              [this] { browser->selectRecord(projectFlows->importPbrImages()); });
-    add(file, tr("Import Model..."), QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_M),
+    QAction* importModel = add(file, tr("Import Model..."), QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_M),
         [this] {
             const std::vector<RecordRef> added = projectFlows->importModels();
             if (!added.empty())
@@ -168,6 +171,19 @@ void MainWindow::createMenus()
     view->addAction(browser->toggleViewAction());
     view->addAction(properties->toggleViewAction());
     view->addAction(log->toggleViewAction());
+
+    // The preview's mesh; importing a model selects it and shows it.
+    QMenu* mesh = menuBar()->addMenu(tr("&Mesh"));
+    const std::pair<QString, int> meshes[] = {
+        {tr("Cube"), PreviewSettings::CubeMesh},     {tr("Sphere"), PreviewSettings::SphereMesh},
+        {tr("Cylinder"), PreviewSettings::CylinderMesh}, {tr("Plane"), PreviewSettings::PlaneMesh},
+        {tr("Bridge"), PreviewSettings::BridgeMesh}, {tr("Tree"), PreviewSettings::TreeMesh}};
+    for (const auto& [text, choice] : meshes) {
+        const int shown = choice;
+        mesh->addAction(text, this, [this, shown] { central->previewArea()->showMesh(shown); });
+    }
+    mesh->addSeparator();
+    mesh->addAction(importModel);
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     QAction* about = help->addAction(tr("About Ondrels"));

@@ -8,6 +8,10 @@
 #include "PropertiesDock.h"
 #include "ScriptedDialogs.h"
 #include "SurfacePanel.h"
+#include "CentralArea.h"
+#include "Preview3D.h"
+#include "PreviewArea.h"
+#include "PreviewPanel.h"
 
 #include <gtest/gtest.h>
 
@@ -185,4 +189,22 @@ TEST(MainWindow, DeletingAUsedTextureAsksAndUndoesAndDroppedFilesAreImported)
     EXPECT_EQ(store.surfaces.size(), 1u);
     EXPECT_TRUE(dialogs.scriptUsedUp());
     window->setDialogs(nullptr);
+}
+
+TEST(MainWindow, MeshMenuAndPanelDriveTheThreeDPreview)
+{
+    MainWindow* window = MainWindow::instance();
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
+    PreviewArea* area = window->centralArea()->previewArea();
+    trigger("Bridge");
+    EXPECT_EQ(area->preview()->settings().mesh, PreviewSettings::BridgeMesh);
+    trigger("Plane");
+    EXPECT_EQ(area->preview()->settings().mesh, PreviewSettings::PlaneMesh);
+    EXPECT_EQ(area->panel()->meshBox()->currentText(), "Plane");
+    area->panel()->lightingBox()->setCurrentText("Split lighting (2 light)");
+    EXPECT_EQ(area->preview()->settings().lightingMode, SplitLighting);
+    // The frame is drawn with every program linked.
+    area->preview()->grabFramebuffer();
+    EXPECT_TRUE(area->preview()->programsLinked());
 }
