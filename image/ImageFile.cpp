@@ -3,6 +3,7 @@
 #include "ExrHeaderCheck.h"
 #include "ImageFileSupport.h"
 #include "LogMessage.h"
+#include "SafeFileWriter.h"
 #include "TiffFloatReader.h"
 
 #include <FreeImage.h>
@@ -26,6 +27,11 @@ struct BitmapDeleter
     void operator()(FIBITMAP* dib) const { FreeImage_Unload(dib); }
 };
 using Bitmap = std::unique_ptr<FIBITMAP, BitmapDeleter>;
+
+struct MemoryDeleter
+{
+    void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
+};
 
 uint32_t storedFileType(FREE_IMAGE_FORMAT fif)
 {
@@ -426,12 +432,6 @@ bool saveFailed(const QString& path, const QString& reason)
     return false;
 }
 
-// A name in the same folder that no other save uses at the same time.
-QString temporaryPath(const QString& path)
-{
-    static std::atomic<uint32_t> counter{0};
-    return QStringLiteral("%1.%2-%3.saving").arg(path).arg(QCoreApplication::applicationPid()).arg(counter++);
-}
 }
 
 bool loadImage(ImageFileInfo& info, const QString& path, Image& image)
@@ -506,20 +506,22 @@ bool saveImage(const QString& path, const Image& image)
         return saveFailed(path, QStringLiteral("there is not enough memory"));
 
     // EXR would halve float samples by default; the sample type asks for 32 bits.
+    // (Deliberately kept: displacement needs the precision.)
     const int flags = fif == FIF_EXR ? EXR_FLOAT : 0;
-    const QString temporary = temporaryPath(path);
-    const QByteArray temporaryName = encodedPath(temporary);
-    if (!FreeImage_Save(fif, dib.get(), temporaryName.constData(), flags)) {
-        QFile::remove(temporary);
+    // FreeImage ignores write errors of its own files, so it writes into memory
+    // and the bytes reach the disk through a writer that checks every step.
+    const std::unique_ptr<FIMEMORY, MemoryDeleter> memory(FreeImage_OpenMemory());
+    if (!memory || !FreeImage_SaveToMemory(fif, dib.get(), memory.get(), flags)) {
         const QString detail = imageLibraryMessage();
         return saveFailed(path, detail.isEmpty() ? QStringLiteral("FreeImage could not write it")
                                                  : QStringLiteral("FreeImage could not write it (%1)").arg(detail));
     }
-    if (std::rename(temporaryName.constData(), name.constData()) != 0) {
-        const QString detail = QString::fromLocal8Bit(std::strerror(errno));
-        QFile::remove(temporary);
-        return saveFailed(path, QStringLiteral("the written file could not be moved into place (%1)").arg(detail));
-    }
+    BYTE* bytes = nullptr;
+    DWORD size = 0;
+    if (!FreeImage_AcquireMemory(memory.get(), &bytes, &size) || size == 0)
+        return saveFailed(path, QStringLiteral("FreeImage wrote no data"));
+    if (!Velmor::writeFileSafely(path, QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), int(size))))
+        return saveFailed(path, QStringLiteral("the file could not be written; the previous file is kept"));
     return true;
 }
 

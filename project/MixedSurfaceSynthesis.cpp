@@ -134,14 +134,16 @@ bool makeSide(SurfaceSynthesisContext& context, const ProjectData::MixedSurfaceD
     const ProjectData::SurfaceData* surface = white ? mixed.whiteSurface : mixed.blackSurface;
     // A cache written with the mask frozen too keeps only the first layer of
     // a frozen surface; merging that would silently drop the other layers.
-    if (result && surface && result->layerCount() < surface->layers.size()) {
+    // A side that is not frozen is made again anyway, without a word.
+    const bool frozen = white ? mixed.freezeWhiteSurface : mixed.freezeBlackSurface;
+    if (frozen && result && surface && result->layerCount() < surface->layers.size()) {
         logMessage(Warning, QStringLiteral("The kept %1 surface of '%2' has %3 of its %4 layers; it is made again.")
                                 .arg(QLatin1String(white ? "white" : "black"), QString::fromStdString(mixed.name))
                                 .arg(result->layerCount())
                                 .arg(surface->layers.size()));
         result.reset();
     }
-    if (!phaseRuns(result, white ? mixed.freezeWhiteSurface : mixed.freezeBlackSurface))
+    if (!phaseRuns(result, frozen))
         return true;
     if (context.cancelRequested)
         return false;

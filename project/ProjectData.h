@@ -190,6 +190,13 @@ public:
     ScaleMapData* scaleMapById(int32_t id) const;
     SurfaceData* surfaceById(int32_t id) const;
 
+    // Map names are stored as words in their files: white space becomes "_"
+    // (and an empty name "_"), so the file name and the stored name agree.
+    static std::string mapName(const std::string& name);
+    // Gives the map a name without white space, unique among its kind.
+    void renameDirectionMap(DirectionMapData* map, const std::string& name);
+    void renameScaleMap(ScaleMapData* map, const std::string& name);
+
     // File name without folders and extension, in UTF-8.
     static std::string nameFromPath(const QString& path);
     // base, else base_1, base_2, ... : the first name no record in `records`

@@ -23,7 +23,19 @@ QStringList ProjectLoader::recordFiles(const QString& folder, const QStringList&
     QStringList filters;
     for (const QString& extension : extensions)
         filters << QStringLiteral("*") + extension;
-    return QDir(folder).entryList(filters, QDir::Files | QDir::CaseSensitive, QDir::Name);
+    // Hidden files too: a record named ".wip" is saved as ".wip.vms".
+    QStringList files = QDir(folder).entryList(filters, QDir::Files | QDir::Hidden | QDir::CaseSensitive, QDir::Name);
+    // A name that is not valid UTF-8 comes back from the listing with
+    // replacement characters and could not be opened under it.
+    for (auto it = files.begin(); it != files.end();) {
+        if (it->contains(QChar::ReplacementCharacter)) {
+            logMessage(Warning, QStringLiteral("Skipping %1/%2: its file name is not valid UTF-8").arg(folder, *it));
+            it = files.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    return files;
 }
 
 std::unique_ptr<ProjectData> ProjectLoader::load()

@@ -66,6 +66,14 @@ bool ProjectSaver::save(ProjectData& store)
             ok &= writeMapFile(recordPath(utilitiesDir, maps[i]->name, extension), *maps[i]);
         }
     };
+    // A name with white space, set by hand, would be stored as another name
+    // than its file's, and each load and save would add a copy.
+    for (const auto& map : store.directionMaps)
+        if (map->name != ProjectData::mapName(map->name))
+            store.renameDirectionMap(map.get(), map->name);
+    for (const auto& map : store.scaleMaps)
+        if (map->name != ProjectData::mapName(map->name))
+            store.renameScaleMap(map.get(), map->name);
     saveMaps(store.directionMaps, QStringLiteral(".vdm"));
     saveMaps(store.scaleMaps, QStringLiteral(".vsm"));
 

@@ -148,8 +148,8 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
 
 bool synthesizeSurface(SurfaceSynthesisContext& context, const ImageSynthesizer::Progress& progress)
 {
-    if (context.cancelRequested)
-        return false;
+    // Every run starts afresh: a cancel of an earlier run must not stop it.
+    context.cancelRequested = false;
     ProjectData::SurfaceData* surface = context.surface;
     if (!surface)
         return false;

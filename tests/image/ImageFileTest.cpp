@@ -1,5 +1,6 @@
 #include "ImageFile.h"
 #include "MessageHandler.h"
+#include "../ChildWithFileLimit.h"
 
 #include <FreeImage.h>
 #include <QDir>
@@ -388,4 +389,27 @@ TEST(ImageFile, SavesFailCleanlyOrFallBackToADepthTheFormatHolds)
     const Image loaded = load(exr);
     ASSERT_EQ(loaded.sampleType, uint32_t(Float32));
     EXPECT_EQ(std::memcmp(loaded.data, byteImage.data, byteImage.floatCount() * sizeof(float)), 0);
+}
+
+TEST(ImageFile, AFullDiskKeepsTheOldFileAndFailsTheSave)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("out.png");
+    ASSERT_TRUE(saveImage(path, rampImage(4, 4, RGB, UInt8)));
+    const QByteArray good = readFile(path);
+
+    // A larger, noisy image cannot fit under the limit: the write fails part way.
+    Image big(96, 96, RGB);
+    uint32_t state = 1;
+    for (uint64_t i = 0; i < big.floatCount(); ++i, state = state * 214013u + 2531011u)
+        big.data[i] = float((state >> 16) & 0xff) / 255.0f;
+    big.fileType = FilePNG;
+    big.sampleType = UInt8;
+    EXPECT_EQ(writeWithFileLimit(2000, [&] { return saveImage(path, big); }), LimitedWrite::FailedWithReason);
+    EXPECT_EQ(readFile(path), good);
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{"out.png"}); // no temporary left over
+
+    // The same save with room for it replaces the file.
+    EXPECT_EQ(writeWithFileLimit(1 << 20, [&] { return saveImage(path, big); }), LimitedWrite::Succeeded);
+    EXPECT_EQ(load(path).width, 96u);
 }
