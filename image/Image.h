@@ -152,6 +152,10 @@ public:
     bool mappedNormalXY = false;
     bool mappedNormalZ = false;
 
+    // Takes the descriptors of `other`: file type, sample type and the four
+    // normal-map flags (not the size, format, pixels or wrap mode).
+    void copyDescriptorsFrom(const Image& other);
+
 private:
     inline int32_t wrap(int32_t v, uint32_t size) const { return wrapCoordinate(v, int32_t(size), wrapMode); }
 
