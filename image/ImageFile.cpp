@@ -54,7 +54,6 @@ enum class Decoder
     None,
     Bits,         // 1 bit per pixel
     Byte,         // / 255
-    InvertedByte, // 8-bit grey whose palette runs from white to black
     UInt16,       // / 65535
     Int16,        // / 32767
     UInt32,       // x 1 / 2^32
@@ -104,9 +103,10 @@ int bytePosition(unsigned mask, int fallback)
     return fallback;
 }
 
-// Bitmaps the decoders do not take (palettes, CMYK, 4-bit grey, 16-bit 555 or
-// 565 colour, doubles) become the nearest layout they do take. Anything else is
-// returned as it is, and the decoder reports what it cannot read.
+// Bitmaps the decoders do not take (palettes, CMYK, 4-bit grey, doubles)
+// become the nearest layout they do take. Anything else, 16-bit 555 or 565
+// colour included, is returned as it is, and the decoder reports what it
+// cannot read.
 Bitmap expandedBitmap(Bitmap dib)
 {
     const FREE_IMAGE_TYPE type = FreeImage_GetImageType(dib.get());
@@ -119,7 +119,7 @@ Bitmap expandedBitmap(Bitmap dib)
             expanded = FreeImage_ConvertToGreyscale(dib.get());
         else if (colour == FIC_CMYK)
             expanded = FreeImage_ConvertTo24Bits(dib.get());
-        else if (colour == FIC_PALETTE || bpp == 16)
+        else if (colour == FIC_PALETTE)
             expanded = FreeImage_IsTransparent(dib.get()) ? FreeImage_ConvertTo32Bits(dib.get())
                                                           : FreeImage_ConvertTo24Bits(dib.get());
     } else if (type == FIT_DOUBLE) {
@@ -140,7 +140,7 @@ Decoding decodingFor(FREE_IMAGE_TYPE type, FREE_IMAGE_COLOR_TYPE colour, uint32_
 {
     if (channels == 1) {
         if (type == FIT_BITMAP && bits == 8)
-            return {colour == FIC_MINISWHITE ? Decoder::InvertedByte : Decoder::Byte, UInt8};
+            return {Decoder::Byte, UInt8}; // min-is-white too: the stored byte / 255
         if (type == FIT_BITMAP && bits == 1)
             return {Decoder::Bits, UInt8};
         switch (type) {
@@ -196,6 +196,12 @@ bool decodeBitmap(const QString& path, FIBITMAP* dib, FREE_IMAGE_FORMAT fif, Ima
         logMessage(Error, "Unsupported channel layout. Bits per channel: %i Number of channels: %i.", int(bits),
                    int(channels));
         logLoadFailure(path, QStringLiteral("its samples of %1 bits cannot be read").arg(bits));
+        // A colour layout of another depth leaves the image allocated with
+        // zero pixels; the load still fails.
+        if (channels >= 3) {
+            if (float* zeros = allocatePixels(path, width, height, channels))
+                adoptPixels(image, zeros, width, height, channels == 3 ? RGB : RGBA, storedFileType(fif), 0);
+        }
         return false;
     }
 
@@ -219,9 +225,6 @@ bool decodeBitmap(const QString& path, FIBITMAP* dib, FREE_IMAGE_FORMAT fif, Ima
     case Decoder::Bits: readBits(dib, pixels, width, height, colour == FIC_MINISBLACK ? 1.0f : 0.0f); break;
     case Decoder::Byte:
         readRows<BYTE>(dib, pixels, width, height, channels, stride, position, [](BYTE v) { return float(v) / 255.0f; });
-        break;
-    case Decoder::InvertedByte:
-        readRows<BYTE>(dib, pixels, width, height, 1, 1, position, [](BYTE v) { return float(255 - v) / 255.0f; });
         break;
     case Decoder::UInt16:
         readRows<uint16_t>(dib, pixels, width, height, channels, stride, position,
@@ -249,6 +252,38 @@ bool decodeBitmap(const QString& path, FIBITMAP* dib, FREE_IMAGE_FORMAT fif, Ima
     info.height = height;
     info.channels = channels;
     return true;
+}
+
+// For the uncompressed layouts whose size the header fixes (BMP without RLE,
+// TGA types 1 to 3), a text when the file is shorter than its header
+// promises, which FreeImage does not report; empty otherwise.
+QString missingPixelData(const QString& path, FREE_IMAGE_FORMAT fif, FIBITMAP* dib)
+{
+    if (fif != FIF_BMP && fif != FIF_TARGA)
+        return QString();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+    const QByteArray header = file.read(54);
+    const qint64 size = file.size();
+    auto le = [&](int at, int bytes) {
+        uint32_t v = 0;
+        for (int i = bytes - 1; i >= 0; --i)
+            v = (v << 8) | uint8_t(header[at + i]);
+        return v;
+    };
+    const uint64_t width = FreeImage_GetWidth(dib), height = FreeImage_GetHeight(dib);
+    uint64_t expected = 0;
+    if (fif == FIF_BMP && header.size() >= 34 && le(14, 4) >= 40 && le(30, 4) == 0) { // BI_RGB
+        const uint64_t bits = le(28, 2);
+        expected = uint64_t(le(10, 4)) + (width * bits + 31) / 32 * 4 * height;
+    } else if (fif == FIF_TARGA && header.size() >= 18 && uint8_t(header[2]) >= 1 && uint8_t(header[2]) <= 3) {
+        const uint64_t mapBytes = uint8_t(header[1]) ? le(5, 2) * ((uint64_t(uint8_t(header[7])) + 7) / 8) : 0;
+        expected = 18 + uint8_t(header[0]) + mapBytes + width * height * ((uint64_t(uint8_t(header[16])) + 7) / 8);
+    }
+    if (expected == 0 || uint64_t(size) >= expected)
+        return QString();
+    return QStringLiteral("the file holds %1 bytes where its header promises %2").arg(size).arg(expected);
 }
 
 QString unreadableReason(const QString& path)
@@ -322,18 +357,13 @@ bool formatWrites(FREE_IMAGE_FORMAT fif, const FileLayout& layout)
            && (layout.type != FIT_BITMAP || FreeImage_FIFSupportsExportBPP(fif, int(layout.bpp)));
 }
 
-// The layout for the image's sample type, or, when the format cannot store it,
-// the 8-bit or the float layout of the same channels.
+// The layout for the image's sample type when the format can store it; none
+// otherwise: a save never writes another depth than the image's.
 FileLayout writableLayout(FREE_IMAGE_FORMAT fif, PixelFormat format, uint32_t sampleType)
 {
     const FileLayout wanted = fileLayout(format, sampleType);
     if (wanted.encoder == Encoder::None || formatWrites(fif, wanted))
         return wanted;
-    for (uint32_t alternative : {uint32_t(UInt8), uint32_t(Float32)}) {
-        const FileLayout layout = fileLayout(format, alternative);
-        if (formatWrites(fif, layout))
-            return layout;
-    }
     return {};
 }
 
@@ -461,6 +491,7 @@ bool loadImage(ImageFileInfo& info, const QString& path, Image& image)
         if (header) {
             if (!imageSizeAllowed(path, FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get())))
                 return false;
+            clearImageLibraryMessage(); // only what the pixel load says counts below
             dib.reset(FreeImage_Load(fif, name.constData(), 0));
         }
     } else {
@@ -476,11 +507,19 @@ bool loadImage(ImageFileInfo& info, const QString& path, Image& image)
     if (!imageSizeAllowed(path, FreeImage_GetWidth(dib.get()), FreeImage_GetHeight(dib.get())))
         return false;
 
+    // Codecs report damaged data (libjpeg's "Premature end of JPEG file",
+    // libtiff's strip read errors) and still return a partly black picture.
+    QString damage = imageLibraryMessage();
+    if (damage.isEmpty())
+        damage = missingPixelData(path, fif, dib.get());
     const uint32_t fileBitsPerPixel = FreeImage_GetBPP(dib.get());
     dib = expandedBitmap(std::move(dib));
     if (!decodeBitmap(path, dib.get(), fif, info, image))
         return false;
     info.bitsPerPixel = fileBitsPerPixel;
+    if (!damage.isEmpty())
+        logMessage(Warning, QStringLiteral("The image file \"%1\" is damaged and only partly loaded: %2")
+                                .arg(QDir::toNativeSeparators(path), damage));
     return true;
 }
 
@@ -497,7 +536,7 @@ bool saveImage(const QString& path, const Image& image)
 
     const FileLayout layout = writableLayout(fif, image.format, image.sampleType);
     if (layout.encoder == Encoder::None)
-        return saveFailed(path, QStringLiteral("%1 images of sample type %2 cannot be written as %3")
+        return saveFailed(path, QStringLiteral("%1 images of sample type %2 cannot be written as %3 at that depth")
                                     .arg(formatName(image.format))
                                     .arg(image.sampleType)
                                     .arg(QString::fromLatin1(FreeImage_GetFormatFromFIF(fif))));

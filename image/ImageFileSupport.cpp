@@ -16,9 +16,20 @@
 namespace {
 thread_local QString lastLibraryMessage;
 
+// Every message of one load or save is kept (codecs warn about damaged data
+// and still return a picture), up to a length that fits one log line.
+void keepMessage(const QString& message)
+{
+    if (lastLibraryMessage.contains(message) || lastLibraryMessage.size() > 400)
+        return;
+    if (!lastLibraryMessage.isEmpty())
+        lastLibraryMessage += QStringLiteral("; ");
+    lastLibraryMessage += message.trimmed();
+}
+
 void onFreeImageMessage(FREE_IMAGE_FORMAT, const char* message)
 {
-    lastLibraryMessage = QString::fromUtf8(message);
+    keepMessage(QString::fromUtf8(message));
 }
 
 void onTiffError(const char* module, const char* format, va_list args)
@@ -29,7 +40,7 @@ void onTiffError(const char* module, const char* format, va_list args)
         return;
     char text[512];
     std::vsnprintf(text, sizeof text, format, args);
-    lastLibraryMessage = QString::fromUtf8(text);
+    keepMessage(QString::fromUtf8(text));
 }
 
 void onTiffWarning(const char*, const char*, va_list)
