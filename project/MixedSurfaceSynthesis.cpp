@@ -84,10 +84,10 @@ std::unique_ptr<LayeredImage> synthesizePart(SurfaceSynthesisContext& context, c
     return usable(output) ? std::move(output) : nullptr;
 }
 
-void logMissing(const ProjectData::MixedSurfaceData& mixed, const char* what)
+void logMissing(const ProjectData::MixedSurfaceData& mixed, const QString& what)
 {
     logMessage(Error, QStringLiteral("Cannot synthesize mixed surface '%1': %2.")
-                          .arg(QString::fromStdString(mixed.name), QLatin1String(what)));
+                          .arg(QString::fromStdString(mixed.name), what));
 }
 
 // Phase 1. False when the run has to end.
@@ -96,6 +96,10 @@ bool makeMask(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& m
 {
     if (!phaseRuns(context.maskResult, mixed.freezeMask))
         return true;
+    if (mixed.maskTexture && !mixed.maskTexture->usable()) {
+        logMissing(mixed, mixed.maskTexture->unusableReason());
+        return false;
+    }
     Image* mask = mixed.maskTexture ? &mixed.maskTexture->image : nullptr;
     if (!usable(mask)) {
         logMissing(mixed, "it has no mask image");
@@ -144,6 +148,10 @@ bool makeSide(SurfaceSynthesisContext& context, const ProjectData::MixedSurfaceD
         return false;
     }
     for (const ProjectData::SurfaceLayer& layer : surface->layers) {
+        if (layer.texture && !layer.texture->usable()) {
+            logMissing(mixed, layer.texture->unusableReason());
+            return false;
+        }
         if (!layer.texture || !usable(&layer.texture->image)) {
             logMissing(mixed, white ? "a layer of the white surface has no image"
                                     : "a layer of the black surface has no image");

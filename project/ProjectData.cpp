@@ -2,6 +2,8 @@
 
 #include "ImageFile.h"
 
+#include <QDir>
+
 #include <algorithm>
 #include <cctype>
 
@@ -53,7 +55,13 @@ ProjectData::TextureData::TextureData(const QString& filePath)
     , image(defaultRecordImageSize, defaultRecordImageSize, RGB)
 {
     ImageFileInfo info;
-    loadImage(info, filePath, image);
+    loadFailed = !loadImage(info, filePath, image);
+}
+
+QString ProjectData::TextureData::unusableReason() const
+{
+    return QStringLiteral("Texture '%1' (%2) could not be loaded")
+        .arg(QString::fromStdString(name), QDir::toNativeSeparators(path));
 }
 
 ProjectData::DirectionMapData::DirectionMapData()

@@ -39,13 +39,20 @@ public:
         // A 512 x 512 RGB placeholder; used for generated textures.
         TextureData();
         // Loads the image file; a file that fails to load leaves the
-        // placeholder (the loader logs why).
+        // placeholder (the loader logs why) and sets loadFailed.
         explicit TextureData(const QString& path);
+
+        // A failed texture is never synthesized from: the placeholder (or a
+        // partly made image) is not the picture the user chose.
+        bool usable() const { return !loadFailed && !image.isEmpty(); }
+        // "Texture 'name' (file) could not be loaded": why a run refuses it.
+        QString unusableReason() const;
 
         std::string name;
         int32_t id = 0;
         QString path;
         Image image;
+        bool loadFailed = false;
     };
 
     // A mesh file shown in the 3D preview; the mesh itself is not held here.

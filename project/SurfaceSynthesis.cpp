@@ -67,7 +67,18 @@ bool gatherSurfaceLayers(const ProjectData::SurfaceData& surface, LayeredImage& 
                                   .arg(QString::fromStdString(layer.name), QString::fromStdString(surface.name)));
             return false;
         }
+        if (!layer.texture->usable()) {
+            logMessage(Error, QStringLiteral("%1; layer '%2' of surface '%3' cannot be synthesized.")
+                                  .arg(layer.texture->unusableReason(), QString::fromStdString(layer.name),
+                                       QString::fromStdString(surface.name)));
+            return false;
+        }
         input.setLayer(layer.name, &layer.texture->image);
+    }
+    if (surface.masked && surface.maskTexture && !surface.maskTexture->usable()) {
+        logMessage(Error, QStringLiteral("%1; it is the mask of surface '%2', which cannot be synthesized.")
+                              .arg(surface.maskTexture->unusableReason(), QString::fromStdString(surface.name)));
+        return false;
     }
     return true;
 }
