@@ -7,6 +7,8 @@
 
 namespace Velmor {
 
+// Every project and image file goes through here: deliberately, a save never
+// writes over the old file in place.
 // Writes `bytes` to a temporary file beside `path` and renames it into place
 // only when every byte was written, flushed to the disk and the file has the
 // expected size: a full disk or an interrupted save leaves the previous file

@@ -136,7 +136,7 @@ struct Decoding
     uint32_t sampleType = 0;
 };
 
-Decoding decodingFor(FREE_IMAGE_TYPE type, FREE_IMAGE_COLOR_TYPE colour, uint32_t channels, uint32_t bits)
+Decoding decodingFor(FREE_IMAGE_TYPE type, uint32_t channels, uint32_t bits)
 {
     if (channels == 1) {
         if (type == FIT_BITMAP && bits == 8)
@@ -191,7 +191,7 @@ bool decodeBitmap(const QString& path, FIBITMAP* dib, FREE_IMAGE_FORMAT fif, Ima
         stride = 4;
     }
 
-    const auto [decoder, sampleType] = decodingFor(type, colour, channels, bits);
+    const auto [decoder, sampleType] = decodingFor(type, channels, bits);
     if (decoder == Decoder::None) {
         logMessage(Error, "Unsupported channel layout. Bits per channel: %i Number of channels: %i.", int(bits),
                    int(channels));

@@ -79,7 +79,9 @@ QByteArray encodedPath(const QString& path)
 
 void logLoadFailure(const QString& path, const QString& reason)
 {
-    const QString detail = reason.isEmpty() ? lastLibraryMessage : reason;
+    QString detail = reason.isEmpty() ? lastLibraryMessage : reason;
+    // OpenEXR names the stream FreeImage hands it "": put the file there.
+    detail.replace(QStringLiteral("\"\""), QLatin1Char('"') + QDir::toNativeSeparators(path) + QLatin1Char('"'));
     QString text = QStringLiteral("Could not load the image file \"%1\"").arg(QDir::toNativeSeparators(path));
     if (!detail.isEmpty())
         text += QStringLiteral(": %1").arg(detail);

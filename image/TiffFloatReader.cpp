@@ -60,10 +60,11 @@ bool freeImageHandlesTiff(const TiffLayout& layout)
 
 bool readFloatTiff(const QString& path, ImageFileInfo& info, Image& image)
 {
-    clearImageLibraryMessage();
+    // What FreeImage's attempt reported stays: it is often the only reason.
     TiffHandle tiff = openTiff(path);
     if (!tiff) {
-        logLoadFailure(path);
+        logLoadFailure(path, imageLibraryMessage().isEmpty() ? QStringLiteral("libtiff cannot read its header")
+                                                             : imageLibraryMessage());
         return false;
     }
     const TiffLayout layout = layoutOf(tiff.get());

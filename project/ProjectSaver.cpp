@@ -26,6 +26,9 @@ bool ProjectSaver::ensureDirectory(const QString& path)
     return false;
 }
 
+// Deliberately more than "name + extension": names a file system refuses are
+// made safe, and two records whose safe names collide get "_1", "_2", ...,
+// so that one record never overwrites another's file.
 QString ProjectSaver::recordPath(const QString& folder, const std::string& name, const QString& extension)
 {
     const QString base = folder + QLatin1Char('/') + safeFileName(name);
