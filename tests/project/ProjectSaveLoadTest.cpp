@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <map>
 
 using namespace Velmor;
@@ -222,4 +223,20 @@ TEST(ProjectSaveLoad, AFullDiskKeepsEveryOldFileAndFailsTheSave)
     EXPECT_EQ(writeWithFileLimit(100, [&] { return ProjectSaver(project).save(*store); }),
               LimitedWrite::FailedWithReason);
     EXPECT_EQ(filesBelow(project), before); // nothing replaced, no temporary left over
+}
+
+TEST(ProjectSaveLoad, ARecordFileNameThatIsNotUtf8IsReported)
+{
+    QTemporaryDir dir;
+    const QByteArray folder = QFile::encodeName(dir.path() + "/Surfaces");
+    ASSERT_TRUE(QDir().mkpath(dir.path() + "/Surfaces"));
+    FILE* file = std::fopen((folder + "/bad\xff.vms").constData(), "wb");
+    ASSERT_NE(file, nullptr);
+    std::fputs("<Surface Name=\"Bad\"/>", file);
+    std::fclose(file);
+    LogCapture log;
+    std::unique_ptr<ProjectData> loaded = ProjectLoader(dir.path()).load();
+    EXPECT_EQ(log.count(Warning, "is not valid UTF-8"), 1);
+    EXPECT_TRUE(loaded->surfaces.empty());
+    std::remove((folder + "/bad\xff.vms").constData()); // QTemporaryDir cannot name it
 }
