@@ -163,7 +163,10 @@ public:
         if (length > maxBlockBytes)
             return fail(QStringLiteral("block length %1 is out of range").arg(length));
         const uint64_t expected = image.floatCount() * sizeof(float);
-        const QByteArray stored = file.read(length);
+        // Never more than the file still holds: a damaged length must not
+        // make the read allocate it.
+        const qint64 left = std::max<qint64>(0, file.size() - file.pos());
+        const QByteArray stored = file.read(std::min<qint64>(length, left));
         if (!cacheCompression) {
             const uint64_t used = std::min<uint64_t>(expected, uint64_t(stored.size()));
             std::memcpy(image.data, stored.constData(), used);
