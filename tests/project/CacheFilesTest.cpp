@@ -26,7 +26,7 @@ std::unique_ptr<LayeredImage> result(std::initializer_list<const char*> names, P
 
 } // namespace
 
-TEST(CacheFiles, MapFilesRoundTripAndDamagedOnesKeepDefaults)
+TEST(CacheFiles, MapFilesRoundTripAndDamagedOnesKeepTheirHeaderAndWhatTheyHold)
 {
     QTemporaryDir dir;
     ProjectData store, loaded;
