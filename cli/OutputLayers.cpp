@@ -94,6 +94,11 @@ int saveOutputLayers(ConsoleLog& console, std::unique_ptr<LayeredImage> output, 
         logMessage(Error, "Nothing was written to '%s'.", text(dir).constData());
         return ExitFailure;
     }
+    if (written < int(count)) {
+        // A layer lost to a full disk or a refused depth fails the run too.
+        logMessage(Error, "Wrote only %i of %i layers to '%s'.", written.load(), int(count), text(dir).constData());
+        return ExitFailure;
+    }
     logMessage(Success, "Wrote %i of %i layers to '%s'.", written.load(), int(count), text(dir).constData());
     return ExitSuccess;
 }

@@ -190,14 +190,8 @@ void ImageSynthesizer::makeTarget(int32_t targetWidth, int32_t targetHeight)
         const Image* layer = source->layers[i];
         const PixelFormat format = layer ? layer->format : Gray;
         auto* image = new Image(uint32_t(targetWidth), uint32_t(targetHeight), format);
-        if (layer) {
-            image->fileType = layer->fileType;
-            image->sampleType = layer->sampleType;
-            image->flipNormalX = layer->flipNormalX;
-            image->flipNormalY = layer->flipNormalY;
-            image->mappedNormalXY = layer->mappedNormalXY;
-            image->mappedNormalZ = layer->mappedNormalZ;
-        }
+        if (layer)
+            image->copyDescriptorsFrom(*layer);
         target->setLayer(source->names[i], image);
     }
 }

@@ -59,6 +59,11 @@ Image::~Image()
 void Image::copyFieldsFrom(const Image& other)
 {
     wrapMode = other.wrapMode;
+    copyDescriptorsFrom(other);
+}
+
+void Image::copyDescriptorsFrom(const Image& other)
+{
     fileType = other.fileType;
     sampleType = other.sampleType;
     flipNormalX = other.flipNormalX;

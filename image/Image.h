@@ -8,8 +8,9 @@
 #include <cstdint>
 
 // The wrap rule of pixelAt for one integer coordinate of an axis of n pixels.
-// Callers stay within one period; Repeat folds further only so that a wild
-// coordinate can never read outside the buffer, and unknown modes clamp.
+// Callers stay within one period. Deliberately more than a one-period fold:
+// Repeat folds any distance and unknown modes clamp, because a single fold
+// of a wild coordinate would read outside the buffer.
 inline int32_t wrapCoordinate(int32_t v, int32_t n, WrapMode mode)
 {
     if (v >= 0 && v < n)
@@ -151,6 +152,10 @@ public:
     bool flipNormalY = false;
     bool mappedNormalXY = false;
     bool mappedNormalZ = false;
+
+    // Takes the descriptors of `other`: file type, sample type and the four
+    // normal-map flags (not the size, format, pixels or wrap mode).
+    void copyDescriptorsFrom(const Image& other);
 
 private:
     inline int32_t wrap(int32_t v, uint32_t size) const { return wrapCoordinate(v, int32_t(size), wrapMode); }

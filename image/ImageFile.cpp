@@ -4,6 +4,7 @@
 #include "ImageFileSupport.h"
 #include "LogMessage.h"
 #include "PngWriter.h"
+#include "SafeFileWriter.h"
 #include "TiffFloatReader.h"
 
 #include <FreeImage.h>
@@ -12,10 +13,12 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <memory>
 
 namespace {
@@ -27,6 +30,64 @@ struct BitmapDeleter
     void operator()(FIBITMAP* dib) const { FreeImage_Unload(dib); }
 };
 using Bitmap = std::unique_ptr<FIBITMAP, BitmapDeleter>;
+
+// Where FreeImage encodes a file before it is stored. Unlike FreeImage's own
+// memory stream, bytes skipped by a seek past the end read as zeros, as in a
+// real file: libtiff pads its directory offset that way, and uninitialised
+// padding would make two saves of one image differ.
+struct EncodedFile
+{
+    QByteArray bytes;
+    qint64 position = 0;
+    bool failed = false;
+
+    static unsigned DLL_CALLCONV read(void* buffer, unsigned size, unsigned count, fi_handle handle)
+    {
+        auto& file = *static_cast<EncodedFile*>(handle);
+        if (size == 0 || file.position >= file.bytes.size())
+            return 0;
+        const qint64 items = std::min<qint64>(count, (file.bytes.size() - file.position) / size);
+        std::memcpy(buffer, file.bytes.constData() + file.position, size_t(items * size));
+        file.position += items * size;
+        return unsigned(items);
+    }
+
+    static unsigned DLL_CALLCONV write(void* buffer, unsigned size, unsigned count, fi_handle handle)
+    {
+        auto& file = *static_cast<EncodedFile*>(handle);
+        const qint64 length = qint64(size) * count;
+        const qint64 end = file.position + length;
+        if (file.failed || end > qint64(std::numeric_limits<int>::max())) {
+            file.failed = true;
+            return 0;
+        }
+        try {
+            const qint64 oldSize = file.bytes.size();
+            if (end > oldSize) {
+                file.bytes.resize(int(end));
+                std::memset(file.bytes.data() + oldSize, 0, size_t(end - oldSize));
+            }
+        } catch (...) {
+            file.failed = true;
+            return 0;
+        }
+        std::memcpy(file.bytes.data() + file.position, buffer, size_t(length));
+        file.position = end;
+        return count;
+    }
+
+    static int DLL_CALLCONV seek(fi_handle handle, long offset, int origin)
+    {
+        auto& file = *static_cast<EncodedFile*>(handle);
+        const qint64 base = origin == SEEK_SET ? 0 : origin == SEEK_CUR ? file.position : file.bytes.size();
+        if (base + offset < 0)
+            return -1;
+        file.position = base + offset;
+        return 0;
+    }
+
+    static long DLL_CALLCONV tell(fi_handle handle) { return long(static_cast<EncodedFile*>(handle)->position); }
+};
 
 uint32_t storedFileType(FREE_IMAGE_FORMAT fif)
 {
@@ -49,7 +110,6 @@ enum class Decoder
     None,
     Bits,         // 1 bit per pixel
     Byte,         // / 255
-    InvertedByte, // 8-bit grey whose palette runs from white to black
     UInt16,       // / 65535
     Int16,        // / 32767
     UInt32,       // x 1 / 2^32
@@ -99,9 +159,10 @@ int bytePosition(unsigned mask, int fallback)
     return fallback;
 }
 
-// Bitmaps the decoders do not take (palettes, CMYK, 4-bit grey, 16-bit 555 or
-// 565 colour, doubles) become the nearest layout they do take. Anything else is
-// returned as it is, and the decoder reports what it cannot read.
+// Bitmaps the decoders do not take (palettes, CMYK, 4-bit grey, doubles)
+// become the nearest layout they do take. Anything else, 16-bit 555 or 565
+// colour included, is returned as it is, and the decoder reports what it
+// cannot read.
 Bitmap expandedBitmap(Bitmap dib)
 {
     const FREE_IMAGE_TYPE type = FreeImage_GetImageType(dib.get());
@@ -114,7 +175,7 @@ Bitmap expandedBitmap(Bitmap dib)
             expanded = FreeImage_ConvertToGreyscale(dib.get());
         else if (colour == FIC_CMYK)
             expanded = FreeImage_ConvertTo24Bits(dib.get());
-        else if (colour == FIC_PALETTE || bpp == 16)
+        else if (colour == FIC_PALETTE)
             expanded = FreeImage_IsTransparent(dib.get()) ? FreeImage_ConvertTo32Bits(dib.get())
                                                           : FreeImage_ConvertTo24Bits(dib.get());
     } else if (type == FIT_DOUBLE) {
@@ -131,11 +192,11 @@ struct Decoding
     uint32_t sampleType = 0;
 };
 
-Decoding decodingFor(FREE_IMAGE_TYPE type, FREE_IMAGE_COLOR_TYPE colour, uint32_t channels, uint32_t bits)
+Decoding decodingFor(FREE_IMAGE_TYPE type, uint32_t channels, uint32_t bits)
 {
     if (channels == 1) {
         if (type == FIT_BITMAP && bits == 8)
-            return {colour == FIC_MINISWHITE ? Decoder::InvertedByte : Decoder::Byte, UInt8};
+            return {Decoder::Byte, UInt8}; // min-is-white too: the stored byte / 255
         if (type == FIT_BITMAP && bits == 1)
             return {Decoder::Bits, UInt8};
         switch (type) {
@@ -186,11 +247,17 @@ bool decodeBitmap(const QString& path, FIBITMAP* dib, FREE_IMAGE_FORMAT fif, Ima
         stride = 4;
     }
 
-    const auto [decoder, sampleType] = decodingFor(type, colour, channels, bits);
+    const auto [decoder, sampleType] = decodingFor(type, channels, bits);
     if (decoder == Decoder::None) {
         logMessage(Error, "Unsupported channel layout. Bits per channel: %i Number of channels: %i.", int(bits),
                    int(channels));
         logLoadFailure(path, QStringLiteral("its samples of %1 bits cannot be read").arg(bits));
+        // A colour layout of another depth leaves the image allocated with
+        // zero pixels; the load still fails.
+        if (channels >= 3) {
+            if (float* zeros = allocatePixels(path, width, height, channels))
+                adoptPixels(image, zeros, width, height, channels == 3 ? RGB : RGBA, storedFileType(fif), 0);
+        }
         return false;
     }
 
@@ -214,9 +281,6 @@ bool decodeBitmap(const QString& path, FIBITMAP* dib, FREE_IMAGE_FORMAT fif, Ima
     case Decoder::Bits: readBits(dib, pixels, width, height, colour == FIC_MINISBLACK ? 1.0f : 0.0f); break;
     case Decoder::Byte:
         readRows<BYTE>(dib, pixels, width, height, channels, stride, position, [](BYTE v) { return float(v) / 255.0f; });
-        break;
-    case Decoder::InvertedByte:
-        readRows<BYTE>(dib, pixels, width, height, 1, 1, position, [](BYTE v) { return float(255 - v) / 255.0f; });
         break;
     case Decoder::UInt16:
         readRows<uint16_t>(dib, pixels, width, height, channels, stride, position,
@@ -244,6 +308,38 @@ bool decodeBitmap(const QString& path, FIBITMAP* dib, FREE_IMAGE_FORMAT fif, Ima
     info.height = height;
     info.channels = channels;
     return true;
+}
+
+// For the uncompressed layouts whose size the header fixes (BMP without RLE,
+// TGA types 1 to 3), a text when the file is shorter than its header
+// promises, which FreeImage does not report; empty otherwise.
+QString missingPixelData(const QString& path, FREE_IMAGE_FORMAT fif, FIBITMAP* dib)
+{
+    if (fif != FIF_BMP && fif != FIF_TARGA)
+        return QString();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+    const QByteArray header = file.read(54);
+    const qint64 size = file.size();
+    auto le = [&](int at, int bytes) {
+        uint32_t v = 0;
+        for (int i = bytes - 1; i >= 0; --i)
+            v = (v << 8) | uint8_t(header[at + i]);
+        return v;
+    };
+    const uint64_t width = FreeImage_GetWidth(dib), height = FreeImage_GetHeight(dib);
+    uint64_t expected = 0;
+    if (fif == FIF_BMP && header.size() >= 34 && le(14, 4) >= 40 && le(30, 4) == 0) { // BI_RGB
+        const uint64_t bits = le(28, 2);
+        expected = uint64_t(le(10, 4)) + (width * bits + 31) / 32 * 4 * height;
+    } else if (fif == FIF_TARGA && header.size() >= 18 && uint8_t(header[2]) >= 1 && uint8_t(header[2]) <= 3) {
+        const uint64_t mapBytes = uint8_t(header[1]) ? le(5, 2) * ((uint64_t(uint8_t(header[7])) + 7) / 8) : 0;
+        expected = 18 + uint8_t(header[0]) + mapBytes + width * height * ((uint64_t(uint8_t(header[16])) + 7) / 8);
+    }
+    if (expected == 0 || uint64_t(size) >= expected)
+        return QString();
+    return QStringLiteral("the file holds %1 bytes where its header promises %2").arg(size).arg(expected);
 }
 
 QString unreadableReason(const QString& path)
@@ -317,18 +413,13 @@ bool formatWrites(FREE_IMAGE_FORMAT fif, const FileLayout& layout)
            && (layout.type != FIT_BITMAP || FreeImage_FIFSupportsExportBPP(fif, int(layout.bpp)));
 }
 
-// The layout for the image's sample type, or, when the format cannot store it,
-// the 8-bit or the float layout of the same channels.
+// The layout for the image's sample type when the format can store it; none
+// otherwise: a save never writes another depth than the image's.
 FileLayout writableLayout(FREE_IMAGE_FORMAT fif, PixelFormat format, uint32_t sampleType)
 {
     const FileLayout wanted = fileLayout(format, sampleType);
     if (wanted.encoder == Encoder::None || formatWrites(fif, wanted))
         return wanted;
-    for (uint32_t alternative : {uint32_t(UInt8), uint32_t(Float32)}) {
-        const FileLayout layout = fileLayout(format, alternative);
-        if (formatWrites(fif, layout))
-            return layout;
-    }
     return {};
 }
 
@@ -427,12 +518,6 @@ bool saveFailed(const QString& path, const QString& reason)
     return false;
 }
 
-// A name in the same folder that no other save uses at the same time.
-QString temporaryPath(const QString& path)
-{
-    static std::atomic<uint32_t> counter{0};
-    return QStringLiteral("%1.%2-%3.saving").arg(path).arg(QCoreApplication::applicationPid()).arg(counter++);
-}
 }
 
 bool loadImage(ImageFileInfo& info, const QString& path, Image& image)
@@ -462,6 +547,7 @@ bool loadImage(ImageFileInfo& info, const QString& path, Image& image)
         if (header) {
             if (!imageSizeAllowed(path, FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get())))
                 return false;
+            clearImageLibraryMessage(); // only what the pixel load says counts below
             dib.reset(FreeImage_Load(fif, name.constData(), 0));
         }
     } else {
@@ -477,11 +563,19 @@ bool loadImage(ImageFileInfo& info, const QString& path, Image& image)
     if (!imageSizeAllowed(path, FreeImage_GetWidth(dib.get()), FreeImage_GetHeight(dib.get())))
         return false;
 
+    // Codecs report damaged data (libjpeg's "Premature end of JPEG file",
+    // libtiff's strip read errors) and still return a partly black picture.
+    QString damage = imageLibraryMessage();
+    if (damage.isEmpty())
+        damage = missingPixelData(path, fif, dib.get());
     const uint32_t fileBitsPerPixel = FreeImage_GetBPP(dib.get());
     dib = expandedBitmap(std::move(dib));
     if (!decodeBitmap(path, dib.get(), fif, info, image))
         return false;
     info.bitsPerPixel = fileBitsPerPixel;
+    if (!damage.isEmpty())
+        logMessage(Warning, QStringLiteral("The image file \"%1\" is damaged and only partly loaded: %2")
+                                .arg(QDir::toNativeSeparators(path), damage));
     return true;
 }
 
@@ -498,7 +592,7 @@ bool saveImage(const QString& path, const Image& image, int pngLevel, const std:
 
     const FileLayout layout = writableLayout(fif, image.format, image.sampleType);
     if (layout.encoder == Encoder::None)
-        return saveFailed(path, QStringLiteral("%1 images of sample type %2 cannot be written as %3")
+        return saveFailed(path, QStringLiteral("%1 images of sample type %2 cannot be written as %3 at that depth")
                                     .arg(formatName(image.format))
                                     .arg(image.sampleType)
                                     .arg(QString::fromLatin1(FreeImage_GetFormatFromFIF(fif))));
@@ -507,29 +601,32 @@ bool saveImage(const QString& path, const Image& image, int pngLevel, const std:
         return saveFailed(path, QStringLiteral("there is not enough memory"));
 
     // EXR would halve float samples by default; the sample type asks for 32 bits.
-    int flags = fif == FIF_EXR ? EXR_FLOAT : 0;
-    if (fif == FIF_PNG && pngLevel >= 1 && pngLevel <= 9)
-        flags = pngLevel; // FreeImage reads the zlib level from the low bits
-    const QString temporary = temporaryPath(path);
-    const QByteArray temporaryName = encodedPath(temporary);
+    // (Deliberately kept: displacement needs the precision.)
+    const int flags = fif == FIF_EXR ? EXR_FLOAT : 0;
     // A chosen PNG level goes through our own libpng writer, which also
     // picks the row filter and reports progress.
-    const bool ownPng = fif == FIF_PNG && pngLevel >= 1 && pngLevel <= 9 && PngWriter::canWrite(dib.get());
-    QByteArray pngReason;
-    const bool written = ownPng ? PngWriter::write(dib.get(), temporaryName, pngLevel, progress, pngReason)
-                                : FreeImage_Save(fif, dib.get(), temporaryName.constData(), flags) != 0;
-    if (!written) {
-        QFile::remove(temporary);
-        const QString detail = ownPng ? QString::fromUtf8(pngReason) : imageLibraryMessage();
-        const QString writer = ownPng ? QStringLiteral("libpng") : QStringLiteral("FreeImage");
-        return saveFailed(path, detail.isEmpty() ? QStringLiteral("%1 could not write it").arg(writer)
-                                                 : QStringLiteral("%1 could not write it (%2)").arg(writer, detail));
+    if (fif == FIF_PNG && pngLevel >= 1 && pngLevel <= 9 && PngWriter::canWrite(dib.get())) {
+        QByteArray encoded;
+        QByteArray reason;
+        if (!PngWriter::write(dib.get(), encoded, pngLevel, progress, reason))
+            return saveFailed(path, QStringLiteral("libpng could not write it (%1)").arg(QString::fromUtf8(reason)));
+        if (!Velmor::writeFileSafely(path, encoded))
+            return saveFailed(path, QStringLiteral("the file could not be written; the previous file is kept"));
+        return true;
     }
-    if (std::rename(temporaryName.constData(), name.constData()) != 0) {
-        const QString detail = QString::fromLocal8Bit(std::strerror(errno));
-        QFile::remove(temporary);
-        return saveFailed(path, QStringLiteral("the written file could not be moved into place (%1)").arg(detail));
+    // FreeImage ignores write errors of its own files, so it writes into memory
+    // and the bytes reach the disk through a writer that checks every step.
+    EncodedFile encoded;
+    FreeImageIO io{EncodedFile::read, EncodedFile::write, EncodedFile::seek, EncodedFile::tell};
+    if (!FreeImage_SaveToHandle(fif, dib.get(), &io, &encoded, flags) || encoded.failed) {
+        const QString detail = imageLibraryMessage();
+        return saveFailed(path, detail.isEmpty() ? QStringLiteral("FreeImage could not write it")
+                                                 : QStringLiteral("FreeImage could not write it (%1)").arg(detail));
     }
+    if (encoded.bytes.isEmpty())
+        return saveFailed(path, QStringLiteral("FreeImage wrote no data"));
+    if (!Velmor::writeFileSafely(path, encoded.bytes))
+        return saveFailed(path, QStringLiteral("the file could not be written; the previous file is kept"));
     return true;
 }
 

@@ -15,30 +15,6 @@ struct ImageFileInfo
     uint32_t width = 0, height = 0, bitsPerPixel = 0, channels = 0;
 };
 
-// Depth of one channel in the file a picture came from (Image::sampleType).
-// 1-bit files count as UInt8.
-enum SampleType : uint32_t
-{
-    UInt8 = 1,
-    UInt16 = 2,
-    Int16 = 3,
-    UInt32 = 5,
-    Int32 = 6,
-    Float32 = 7
-};
-
-// The file type a picture came from (Image::fileType). Formats other than
-// these six keep FreeImage's own format number.
-enum ImageFileType : uint32_t
-{
-    FileBMP = 0,
-    FileEXR = 1,
-    FileJPEG = 2,
-    FilePNG = 3,
-    FileTGA = 4,
-    FileTIFF = 5
-};
-
 // Loads `path` into `image` (reallocated); returns false and leaves `image` untouched on failure,
 // after logging an Error naming the file. The image's wrap mode and normal-map flags are kept.
 bool loadImage(ImageFileInfo& info, const QString& path, Image& image);

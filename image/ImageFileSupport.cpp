@@ -16,9 +16,20 @@
 namespace {
 thread_local QString lastLibraryMessage;
 
+// Every message of one load or save is kept (codecs warn about damaged data
+// and still return a picture), up to a length that fits one log line.
+void keepMessage(const QString& message)
+{
+    if (lastLibraryMessage.contains(message) || lastLibraryMessage.size() > 400)
+        return;
+    if (!lastLibraryMessage.isEmpty())
+        lastLibraryMessage += QStringLiteral("; ");
+    lastLibraryMessage += message.trimmed();
+}
+
 void onFreeImageMessage(FREE_IMAGE_FORMAT, const char* message)
 {
-    lastLibraryMessage = QString::fromUtf8(message);
+    keepMessage(QString::fromUtf8(message));
 }
 
 void onTiffError(const char* module, const char* format, va_list args)
@@ -29,7 +40,7 @@ void onTiffError(const char* module, const char* format, va_list args)
         return;
     char text[512];
     std::vsnprintf(text, sizeof text, format, args);
-    lastLibraryMessage = QString::fromUtf8(text);
+    keepMessage(QString::fromUtf8(text));
 }
 
 void onTiffWarning(const char*, const char*, va_list)
@@ -68,7 +79,9 @@ QByteArray encodedPath(const QString& path)
 
 void logLoadFailure(const QString& path, const QString& reason)
 {
-    const QString detail = reason.isEmpty() ? lastLibraryMessage : reason;
+    QString detail = reason.isEmpty() ? lastLibraryMessage : reason;
+    // OpenEXR names the stream FreeImage hands it "": put the file there.
+    detail.replace(QStringLiteral("\"\""), QLatin1Char('"') + QDir::toNativeSeparators(path) + QLatin1Char('"'));
     QString text = QStringLiteral("Could not load the image file \"%1\"").arg(QDir::toNativeSeparators(path));
     if (!detail.isEmpty())
         text += QStringLiteral(": %1").arg(detail);

@@ -6,11 +6,6 @@
 #include <cmath>
 #include <vector>
 
-namespace {
-// Sample type a loader records for 32-bit float files.
-constexpr uint32_t sampleTypeFloat32 = 7;
-}
-
 const char* const normalLayerQuestion =
     "Layer mode is set as normal, but texture is not a normal map. Convert it to a normal map?";
 const char* const normalLayerNotConvertible =
@@ -105,7 +100,7 @@ NormalLayerRule normalLayerRule(const Image& image)
 {
     NormalLayerRule rule;
     rule.convertible = image.format == RGB || image.format == RGBA;
-    const bool mapped = image.sampleType != sampleTypeFloat32;
+    const bool mapped = image.sampleType != Float32;
     rule.conversion.mappedXY = mapped;
     rule.conversion.mappedZ = mapped;
     return rule;

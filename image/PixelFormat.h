@@ -25,6 +25,30 @@ enum SampleMode : uint32_t
     Linear = 1
 };
 
+// Depth of one channel in the file a picture came from (Image::sampleType).
+// 1-bit files count as UInt8.
+enum SampleType : uint32_t
+{
+    UInt8 = 1,
+    UInt16 = 2,
+    Int16 = 3,
+    UInt32 = 5,
+    Int32 = 6,
+    Float32 = 7
+};
+
+// The file type a picture came from (Image::fileType). Formats other than
+// these six keep FreeImage's own format number.
+enum ImageFileType : uint32_t
+{
+    FileBMP = 0,
+    FileEXR = 1,
+    FileJPEG = 2,
+    FilePNG = 3,
+    FileTGA = 4,
+    FileTIFF = 5
+};
+
 inline constexpr uint32_t channelCount(uint32_t format)
 {
     switch (format) {

@@ -5,6 +5,7 @@
 
 #include <csetjmp>
 #include <cstdint>
+#include <limits>
 #include <cstdio>
 
 namespace PngWriter {
@@ -63,19 +64,31 @@ void countBytes(png_structp png, png_bytep, size_t length)
     *static_cast<uint64_t*>(png_get_io_ptr(png)) += length;
 }
 
+void appendBytes(png_structp png, png_bytep data, size_t length)
+{
+    QByteArray& out = *static_cast<QByteArray*>(png_get_io_ptr(png));
+    if (length > size_t(std::numeric_limits<int>::max() - out.size()))
+        png_error(png, "the encoded picture is larger than 2 GB");
+    try {
+        out.append(reinterpret_cast<const char*>(data), int(length));
+    } catch (...) {
+        png_error(png, "there is not enough memory for the encoded picture");
+    }
+}
+
 void flushNothing(png_structp) {}
 
-// Encodes the picture rows [begin, end) (top-down) into `file`, or only
-// counts the bytes into `counted` when `file` is null. Everything that libpng
+// Encodes the picture rows [begin, end) (top-down) into `out`, or only
+// counts the bytes into `counted` when `out` is null. Everything that libpng
 // may jump out of lives here, with no C++ objects that need destroying.
-bool encode(png_structp png, png_infop info, FILE* file, uint64_t* counted, FIBITMAP* dib, const Layout& layout,
+bool encode(png_structp png, png_infop info, QByteArray* out, uint64_t* counted, FIBITMAP* dib, const Layout& layout,
             unsigned begin, unsigned end, Settings settings, const std::function<void(double)>* progress)
 {
     if (setjmp(png_jmpbuf(png)))
         return false;
     const unsigned height = FreeImage_GetHeight(dib);
-    if (file)
-        png_init_io(png, file);
+    if (out)
+        png_set_write_fn(png, out, appendBytes, flushNothing);
     else
         png_set_write_fn(png, counted, countBytes, flushNothing);
     png_set_IHDR(png, info, FreeImage_GetWidth(dib), end - begin, layout.bitDepth, layout.colourType,
@@ -139,16 +152,12 @@ bool canWrite(FIBITMAP* dib)
     return dib && layoutOf(dib).colourType >= 0 && FreeImage_GetWidth(dib) > 0 && FreeImage_GetHeight(dib) > 0;
 }
 
-bool write(FIBITMAP* dib, const QByteArray& path, int level, const std::function<void(double)>& progress,
+bool write(FIBITMAP* dib, QByteArray& out, int level, const std::function<void(double)>& progress,
            QByteArray& reason)
 {
+    out.clear();
     if (!canWrite(dib)) {
         reason = "the bitmap has no PNG layout";
-        return false;
-    }
-    FILE* file = std::fopen(path.constData(), "wb");
-    if (!file) {
-        reason = "the file cannot be created";
         return false;
     }
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &reason, onError, onWarning);
@@ -156,13 +165,9 @@ bool write(FIBITMAP* dib, const QByteArray& path, int level, const std::function
     const Layout layout = layoutOf(dib);
     const Settings settings = chooseSettings(dib, layout, level < 0 ? 0 : (level > 9 ? 9 : level));
     bool ok = png && info
-        && encode(png, info, file, nullptr, dib, layout, 0, FreeImage_GetHeight(dib), settings, &progress);
+        && encode(png, info, &out, nullptr, dib, layout, 0, FreeImage_GetHeight(dib), settings, &progress);
     if (png)
         png_destroy_write_struct(&png, info ? &info : nullptr);
-    if (std::fclose(file) != 0 && ok) {
-        reason = "the file could not be completed";
-        ok = false;
-    }
     if (!ok && reason.isEmpty())
         reason = "libpng could not write it";
     if (ok && progress)

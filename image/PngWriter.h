@@ -19,10 +19,11 @@ namespace PngWriter {
 // RGBA, and their 16-bit forms.
 bool canWrite(FIBITMAP* dib);
 
-// Writes `dib` to `path` (encoded file name) at zlib `level` 0 to 9;
-// `progress`, when set, is called with the fraction of rows written. Returns
-// false, with a reason, when the file cannot be written.
-bool write(FIBITMAP* dib, const QByteArray& path, int level, const std::function<void(double)>& progress,
+// Encodes `dib` into `out` at zlib `level` 0 to 9 (the caller stores the
+// bytes, so that a failed disk write never replaces a good file); `progress`,
+// when set, is called with the fraction of rows encoded. Returns false, with
+// a reason, when it cannot be encoded.
+bool write(FIBITMAP* dib, QByteArray& out, int level, const std::function<void(double)>& progress,
            QByteArray& reason);
 
 } // namespace PngWriter

@@ -60,25 +60,16 @@ bool freeImageHandlesTiff(const TiffLayout& layout)
 
 bool readFloatTiff(const QString& path, ImageFileInfo& info, Image& image)
 {
-    clearImageLibraryMessage();
+    // What FreeImage's attempt reported stays: it is often the only reason.
     TiffHandle tiff = openTiff(path);
     if (!tiff) {
-        logLoadFailure(path);
+        logLoadFailure(path, imageLibraryMessage().isEmpty() ? QStringLiteral("libtiff cannot read its header")
+                                                             : imageLibraryMessage());
         return false;
     }
     const TiffLayout layout = layoutOf(tiff.get());
     if (!imageSizeAllowed(path, layout.width, layout.height))
         return false;
-    if (layout.bitsPerSample != 32 || layout.sampleFormat != SAMPLEFORMAT_IEEEFP) {
-        logLoadFailure(path, QStringLiteral("its %1-bit samples are neither read by FreeImage nor 32-bit floats")
-                                 .arg(layout.bitsPerSample));
-        return false;
-    }
-    if (layout.planarConfig != PLANARCONFIG_CONTIG || layout.tiled) {
-        logLoadFailure(path, QStringLiteral("float samples are read only from interleaved strips"));
-        return false;
-    }
-
     // Every sample is taken to be a 32-bit float, so the row length gives the
     // channel count.
     const uint64_t scanlineSize = uint64_t(TIFFScanlineSize64(tiff.get()));
@@ -86,6 +77,17 @@ bool readFloatTiff(const QString& path, ImageFileInfo& info, Image& image)
     if (channels != 3 && channels != 4) {
         logMessage(Error, "Unknown TIFF pixel format. Channel num:%i", int(channels));
         logLoadFailure(path, QStringLiteral("only three or four float channels can be read"));
+        return false;
+    }
+    // Not in the count above: other samples would be copied as if they were
+    // floats, which gives no picture at all.
+    if (layout.bitsPerSample != 32 || layout.sampleFormat != SAMPLEFORMAT_IEEEFP) {
+        logLoadFailure(path, QStringLiteral("its %1-bit samples are neither read by FreeImage nor 32-bit floats")
+                                 .arg(layout.bitsPerSample));
+        return false;
+    }
+    if (layout.planarConfig != PLANARCONFIG_CONTIG || layout.tiled) {
+        logLoadFailure(path, QStringLiteral("float samples are read only from interleaved strips"));
         return false;
     }
     // The rows are read straight into the image, so they must be exactly one

@@ -9,6 +9,9 @@
 
 #include <zlib.h>
 
+#include <algorithm>
+#include <cstring>
+
 namespace Velmor {
 
 bool cacheCompression = true;
@@ -111,9 +114,25 @@ public:
             return false;
         bool ok = false;
         const qulonglong parsed = text.toULongLong(&ok);
-        if (!ok || parsed > UINT32_MAX || text.startsWith('+') || text.startsWith('-'))
-            return fail(QStringLiteral("\"%1\" is not a number").arg(QString::fromLatin1(text.left(40))));
-        value = uint32_t(parsed);
+        if (ok && parsed <= UINT32_MAX && !text.startsWith('+') && !text.startsWith('-')) {
+            value = uint32_t(parsed);
+            return true;
+        }
+        const QString shown = QString::fromLatin1(text.left(40));
+        const QByteArray digits = text.startsWith('-') ? text.mid(1) : text;
+        const bool integer = !digits.isEmpty() && std::all_of(digits.begin(), digits.end(), [](char c) {
+            return c >= '0' && c <= '9';
+        });
+        return fail(integer ? QStringLiteral("%1 is out of range").arg(shown)
+                           : QStringLiteral("\"%1\" is not a number").arg(shown));
+    }
+    // 0 or 1.
+    bool flag(uint32_t& value)
+    {
+        if (!number(value))
+            return false;
+        if (value > 1)
+            return fail(QStringLiteral("flag %1 is out of range (0 or 1)").arg(value));
         return true;
     }
     // Reads "width height" and checks them before anything is allocated.
@@ -133,28 +152,37 @@ public:
             return fail(QStringLiteral("unknown pixel format %1").arg(value));
         return true;
     }
-    // Length, then the block, which must fill `image` exactly.
+    // Length, then the block into `image`. A block that is short, corrupt or
+    // of another size fills what it holds and leaves the rest of `image` as it
+    // was; it is reported as a problem, since nothing after it can be trusted.
     bool block(Image& image)
     {
         uint32_t length = 0;
         if (!number(length))
             return false;
+        if (length > maxBlockBytes)
+            return fail(QStringLiteral("block length %1 is out of range").arg(length));
         const uint64_t expected = image.floatCount() * sizeof(float);
-        if (length > uint64_t(file.size() - file.pos()) || length > maxBlockBytes)
-            return fail(QStringLiteral("block of %1 bytes is longer than the rest of the file").arg(length));
+        // Never more than the file still holds: a damaged length must not
+        // make the read allocate it.
+        const qint64 left = std::max<qint64>(0, file.size() - file.pos());
+        const QByteArray stored = file.read(std::min<qint64>(length, left));
         if (!cacheCompression) {
+            const uint64_t used = std::min<uint64_t>(expected, uint64_t(stored.size()));
+            std::memcpy(image.data, stored.constData(), used);
+            if (uint64_t(stored.size()) < length)
+                return fail(QStringLiteral("block of %1 bytes is cut after %2").arg(length).arg(stored.size()));
             if (length != expected)
                 return fail(QStringLiteral("block of %1 bytes where %2 are expected").arg(length).arg(expected));
-            if (file.read(reinterpret_cast<char*>(image.data), length) != qint64(length))
-                return fail(QStringLiteral("block cannot be read"));
             return true;
         }
-        const QByteArray packed = file.read(length);
-        if (packed.size() != int(length))
-            return fail(QStringLiteral("block cannot be read"));
+        // zlib writes what it decodes before it stops, so a damaged block
+        // still fills the image up to the damage.
         uLongf unpackedSize = uLongf(expected);
         const int result = uncompress(reinterpret_cast<Bytef*>(image.data), &unpackedSize,
-                                      reinterpret_cast<const Bytef*>(packed.constData()), uLong(length));
+                                      reinterpret_cast<const Bytef*>(stored.constData()), uLong(stored.size()));
+        if (uint64_t(stored.size()) < length)
+            return fail(QStringLiteral("block of %1 bytes is cut after %2").arg(length).arg(stored.size()));
         if (result != Z_OK || unpackedSize != expected)
             return fail(QStringLiteral("block does not decompress to %1 bytes").arg(expected));
         return true;
@@ -188,20 +216,40 @@ void warnDamaged(const QFile& file, const QString& problem)
                QStringLiteral("Damaged file %1 (%2), its defaults are kept").arg(file.fileName(), problem));
 }
 
+void warnPartlyRead(const QFile& file, const QString& problem)
+{
+    logMessage(Warning,
+               QStringLiteral("Damaged file %1 (%2), its image is only partly read").arg(file.fileName(), problem));
+}
+
 // The map and mask formats store the width twice and read the second as the
-// height, so a non-square image is stored stretched to a square: it still
-// covers the same surface when read back.
-bool writeSquareImage(CacheWriter& out, const Image& image)
+// height; the block holds the image's own width x height data. A non-square
+// image therefore comes back width x width, filled as far as its data goes.
+bool writeImage(CacheWriter& out, const Image& image)
 {
     if (image.isEmpty())
         return false;
     out.number(image.width);
     out.number(image.width);
-    if (image.width == image.height)
-        return out.block(image);
-    Image square(image);
-    square.resample(image.width, image.width);
-    return out.block(square);
+    return out.block(image);
+}
+
+// Reads width, height, length and block into `image`: false and `image`
+// unchanged when the size is unusable; true when the size was read, with
+// `in.problem` set when the block only partly filled the image. What the
+// block does not reach keeps the old contents when the size is unchanged.
+bool readImage(CacheReader& in, Image& image)
+{
+    uint32_t width = 0, height = 0;
+    if (!in.size(width, height))
+        return false;
+    if (width != image.width || height != image.height) {
+        Image resized(width, height, image.format);
+        resized.wrapMode = image.wrapMode;
+        image = std::move(resized);
+    }
+    in.block(image);
+    return true;
 }
 
 template <class Map>
@@ -210,7 +258,7 @@ bool writeMap(const QString& path, const Map& map)
     CacheWriter out;
     out.number(uint32_t(map.id));
     out.word(map.name);
-    if (!writeSquareImage(out, map.image)) {
+    if (!writeImage(out, map.image)) {
         logMessage(Error, QStringLiteral("Cannot store map %1 in %2")
                               .arg(QString::fromStdString(map.name), path));
         return false;
@@ -218,6 +266,8 @@ bool writeMap(const QString& path, const Map& map)
     return writeFileSafely(path, out.bytes);
 }
 
+// The ID and name come first and are kept even when the pixels that follow
+// are damaged, so that the surfaces referring to the map still find it.
 template <class Map>
 void readMap(const QString& path, Map& map)
 {
@@ -225,22 +275,23 @@ void readMap(const QString& path, Map& map)
     if (!openForReading(file))
         return;
     CacheReader in(file);
-    uint32_t id = 0, width = 0, height = 0;
+    uint32_t id = 0;
     QByteArray name;
-    if (in.number(id) && in.word(name) && in.size(width, height)) {
-        Image image(width, height, map.image.format);
-        if (in.block(image)) {
-            image.wrapMode = map.image.wrapMode;
-            map.id = int32_t(id);
-            map.name = name.toStdString();
-            map.image = std::move(image);
-            return;
-        }
+    if (!in.number(id) || !in.word(name)) {
+        warnDamaged(file, in.problem);
+        return;
     }
-    warnDamaged(file, in.problem);
+    map.id = int32_t(id);
+    map.name = ProjectData::mapName(name.toStdString());
+    if (!readImage(in, map.image))
+        warnDamaged(file, in.problem);
+    else if (!in.problem.isEmpty())
+        warnPartlyRead(file, in.problem);
 }
 
 // One mixed cache image: descriptors, [name,] block, into `width` x `height`.
+// Null when the descriptors are unreadable; a damaged block gives a partly
+// filled image and leaves its reason in `in.problem`.
 std::unique_ptr<Image> readCachedImage(CacheReader& in, uint32_t width, uint32_t height, QByteArray* name)
 {
     uint32_t format = 0, fileType = 0, sampleType = 0;
@@ -249,8 +300,7 @@ std::unique_ptr<Image> readCachedImage(CacheReader& in, uint32_t width, uint32_t
     auto image = std::make_unique<Image>(width, height, PixelFormat(format));
     image->fileType = fileType;
     image->sampleType = sampleType;
-    if (!in.block(*image))
-        return nullptr;
+    in.block(*image);
     return image;
 }
 
@@ -284,7 +334,7 @@ bool writeMaskCache(const QString& path, const ProjectData& store)
 {
     const Image& mask = store.projectMask;
     CacheWriter out;
-    if (!writeSquareImage(out, mask)) {
+    if (!writeImage(out, mask)) {
         logMessage(Error, QStringLiteral("Cannot store the project mask in %1").arg(path));
         return false;
     }
@@ -293,20 +343,22 @@ bool writeMaskCache(const QString& path, const ProjectData& store)
 
 bool readMaskCache(const QString& path, ProjectData& store)
 {
+    // A project that never stored a mask keeps the default one, silently.
+    if (!QFileInfo::exists(path))
+        return false;
     QFile file(path);
     if (!openForReading(file))
         return false;
     CacheReader in(file);
-    uint32_t width = 0, height = 0;
-    if (in.size(width, height)) {
-        Image mask(width, height, store.projectMask.format);
-        if (in.block(mask)) {
-            store.projectMask = std::move(mask);
-            return true;
-        }
+    if (!readImage(in, store.projectMask)) {
+        warnDamaged(file, in.problem);
+        return false;
     }
-    warnDamaged(file, in.problem);
-    return false;
+    if (!in.problem.isEmpty()) {
+        warnPartlyRead(file, in.problem);
+        return false;
+    }
+    return true;
 }
 
 bool writeMixedCache(const QString& path, const ProjectData::MixedSurfaceData& mixed)
@@ -382,45 +434,45 @@ bool readMixedCache(const QString& path, ProjectData::MixedSurfaceData& mixed)
 
     CacheReader in(file);
     uint32_t hasMask = 0, hasWhite = 0, hasBlack = 0, width = 0, height = 0, count = 0;
+    if (!in.flag(hasMask) || !in.flag(hasWhite) || !in.flag(hasBlack) || !in.size(width, height)) {
+        warnDamaged(file, in.problem);
+        return false;
+    }
+
+    // From here on a damaged part ends the reading; what was read before it,
+    // a partly filled image included, is kept.
     std::unique_ptr<LayeredImage> maskResult, whiteResult, blackResult;
     auto readLayers = [&](std::unique_ptr<LayeredImage>& result) {
         result = std::make_unique<LayeredImage>();
-        for (uint32_t i = 0; i < count; ++i) {
+        for (uint32_t i = 0; i < count && in.problem.isEmpty(); ++i) {
             QByteArray name;
             std::unique_ptr<Image> image = readCachedImage(in, width, height, &name);
-            if (!image)
-                return false;
-            result->setLayer(name.toStdString(), image.release());
+            if (image)
+                result->setLayer(name.toStdString(), image.release());
         }
-        return true;
+        if (result->layerCount() == 0)
+            result.reset();
     };
-    bool ok = in.number(hasMask) && in.number(hasWhite) && in.number(hasBlack) && in.size(width, height);
-    if (ok && hasMask) {
-        std::unique_ptr<Image> mask = readCachedImage(in, width, height, nullptr);
-        ok = mask != nullptr;
-        if (ok) {
+    if (hasMask) {
+        if (std::unique_ptr<Image> mask = readCachedImage(in, width, height, nullptr)) {
             maskResult = std::make_unique<LayeredImage>();
             maskResult->setLayer("Mask", mask.release());
         }
     }
-    if (ok && (hasWhite || hasBlack)) {
-        ok = in.number(count);
-        if (ok && count > maxCacheLayers) {
-            in.problem = QStringLiteral("%1 layers").arg(count);
-            ok = false;
-        }
-    }
-    ok = ok && (!hasWhite || readLayers(whiteResult));
-    ok = ok && (!hasBlack || readLayers(blackResult));
-    if (!ok) {
-        warnDamaged(file, in.problem);
-        return false;
-    }
+    if ((hasWhite || hasBlack) && in.number(count) && count > maxCacheLayers)
+        in.problem = QStringLiteral("layer count %1 is out of range").arg(count);
+    if (hasWhite && in.problem.isEmpty())
+        readLayers(whiteResult);
+    if (hasBlack && in.problem.isEmpty())
+        readLayers(blackResult);
+    const bool whole = in.problem.isEmpty();
+    if (!whole)
+        warnPartlyRead(file, in.problem);
     SurfaceSynthesisContext& context = *mixed.synthesisContext;
     context.maskResult = std::move(maskResult);
     context.whiteResult = std::move(whiteResult);
     context.blackResult = std::move(blackResult);
-    return true;
+    return whole;
 }
 
 } // namespace Velmor

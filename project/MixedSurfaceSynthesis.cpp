@@ -3,6 +3,7 @@
 #include "CacheFiles.h"
 #include "ImageFile.h"
 #include "LogMessage.h"
+#include "MixedLayer.h"
 #include "RunProgress.h"
 #include "SurfaceSynthesis.h"
 
@@ -57,20 +58,10 @@ bool validTargetSize(uint32_t width, uint32_t height)
         && uint64_t(width) * height <= maxCacheImagePixels;
 }
 
-void copyDescriptors(const Image& from, Image& to)
-{
-    to.fileType = from.fileType;
-    to.sampleType = from.sampleType;
-    to.flipNormalX = from.flipNormalX;
-    to.flipNormalY = from.flipNormalY;
-    to.mappedNormalXY = from.mappedNormalXY;
-    to.mappedNormalZ = from.mappedNormalZ;
-}
-
 std::unique_ptr<Image> filledImage(const Image& source, uint32_t width, uint32_t height, bool tile, SampleMode mode)
 {
     auto image = std::make_unique<Image>(width, height, source.format);
-    copyDescriptors(source, *image);
+    image->copyDescriptorsFrom(source);
     fillFromSource(source, *image, tile, mode);
     return image;
 }
@@ -93,10 +84,10 @@ std::unique_ptr<LayeredImage> synthesizePart(SurfaceSynthesisContext& context, c
     return usable(output) ? std::move(output) : nullptr;
 }
 
-void logMissing(const ProjectData::MixedSurfaceData& mixed, const char* what)
+void logMissing(const ProjectData::MixedSurfaceData& mixed, const QString& what)
 {
     logMessage(Error, QStringLiteral("Cannot synthesize mixed surface '%1': %2.")
-                          .arg(QString::fromStdString(mixed.name), QLatin1String(what)));
+                          .arg(QString::fromStdString(mixed.name), what));
 }
 
 // Phase 1. False when the run has to end.
@@ -105,6 +96,10 @@ bool makeMask(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& m
 {
     if (!phaseRuns(context.maskResult, mixed.freezeMask))
         return true;
+    if (mixed.maskTexture && !mixed.maskTexture->usable()) {
+        logMissing(mixed, mixed.maskTexture->unusableReason());
+        return false;
+    }
     Image* mask = mixed.maskTexture ? &mixed.maskTexture->image : nullptr;
     if (!usable(mask)) {
         logMissing(mixed, "it has no mask image");
@@ -134,14 +129,16 @@ bool makeSide(SurfaceSynthesisContext& context, const ProjectData::MixedSurfaceD
     const ProjectData::SurfaceData* surface = white ? mixed.whiteSurface : mixed.blackSurface;
     // A cache written with the mask frozen too keeps only the first layer of
     // a frozen surface; merging that would silently drop the other layers.
-    if (result && surface && result->layerCount() < surface->layers.size()) {
+    // A side that is not frozen is made again anyway, without a word.
+    const bool frozen = white ? mixed.freezeWhiteSurface : mixed.freezeBlackSurface;
+    if (frozen && result && surface && result->layerCount() < surface->layers.size()) {
         logMessage(Warning, QStringLiteral("The kept %1 surface of '%2' has %3 of its %4 layers; it is made again.")
                                 .arg(QLatin1String(white ? "white" : "black"), QString::fromStdString(mixed.name))
                                 .arg(result->layerCount())
                                 .arg(surface->layers.size()));
         result.reset();
     }
-    if (!phaseRuns(result, white ? mixed.freezeWhiteSurface : mixed.freezeBlackSurface))
+    if (!phaseRuns(result, frozen))
         return true;
     if (context.cancelRequested)
         return false;
@@ -151,6 +148,10 @@ bool makeSide(SurfaceSynthesisContext& context, const ProjectData::MixedSurfaceD
         return false;
     }
     for (const ProjectData::SurfaceLayer& layer : surface->layers) {
+        if (layer.texture && !layer.texture->usable()) {
+            logMissing(mixed, layer.texture->unusableReason());
+            return false;
+        }
         if (!layer.texture || !usable(&layer.texture->image)) {
             logMissing(mixed, white ? "a layer of the white surface has no image"
                                     : "a layer of the black surface has no image");
@@ -187,74 +188,6 @@ bool makeSide(SurfaceSynthesisContext& context, const ProjectData::MixedSurfaceD
     return result != nullptr;
 }
 
-// Column (or row) of a source of `sourceSize` read for output index i of
-// `outputSize`: the identity for equal sizes, nearest stretching otherwise
-// (a kept result may stem from an earlier target size).
-std::vector<uint32_t> stretchIndex(uint32_t outputSize, uint32_t sourceSize)
-{
-    std::vector<uint32_t> index(outputSize);
-    for (uint32_t i = 0; i < outputSize; ++i)
-        index[i] = uint32_t(uint64_t(i) * sourceSize / outputSize);
-    return index;
-}
-
-// Mask value as a blend weight; anything not above 0 (NaN included) is black.
-inline float weight(float m)
-{
-    return m > 0.0f ? std::min(m, 1.0f) : 0.0f;
-}
-
-// A pixel of `image` as RGBA colour; normal vectors go back to colours the
-// way the image's own flags say.
-inline void toRgba(const Image& image, const float* p, float* out)
-{
-    switch (image.format) {
-    case Gray:
-        out[0] = out[1] = out[2] = p[0];
-        out[3] = 1.0f;
-        break;
-    case RGB:
-        out[0] = p[0];
-        out[1] = p[1];
-        out[2] = p[2];
-        out[3] = 1.0f;
-        break;
-    case RGBA:
-        std::memcpy(out, p, 4 * sizeof(float));
-        break;
-    case Normal:
-        std::memcpy(out, p, 3 * sizeof(float));
-        image.normalToColour(out);
-        out[3] = 1.0f;
-        break;
-    default:
-        out[0] = out[1] = out[2] = 0.0f;
-        out[3] = 1.0f;
-    }
-}
-
-// Blends black to white by w into out (c channels). The ends copy one input
-// unchanged, so a pure mask reproduces that surface exactly.
-inline void blend(const float* white, const float* black, float w, uint32_t c, bool normal, float* out)
-{
-    if (w <= 0.0f) {
-        std::memcpy(out, black, c * sizeof(float));
-        return;
-    }
-    if (w >= 1.0f) {
-        std::memcpy(out, white, c * sizeof(float));
-        return;
-    }
-    for (uint32_t k = 0; k < c; ++k)
-        out[k] = (white[k] - black[k]) * w + black[k];
-    if (normal) {
-        const float length = std::sqrt(out[0] * out[0] + out[1] * out[1] + out[2] * out[2]);
-        if (length > 0.0f)
-            for (uint32_t k = 0; k < 3; ++k)
-                out[k] /= length;
-    }
-}
-
 // Reports merge progress from the calling thread as rows complete (the run's
 // progress passes on only increases).
 class MergeProgress
@@ -279,51 +212,19 @@ private:
     uint64_t done = 0;
 };
 
-// Merges one layer into `out` (target size) in bands of rows, each band an
-// OpenMP loop over its rows, checking for a cancel between bands. False
-// when cancelled.
+// Merges one layer into `out` (target size) in bands of rows, checking for a
+// cancel between bands. False when cancelled.
 bool mergeLayer(const Image& white, const Image& black, const Image& mask, uint32_t maskChannel, Image& out,
                 SurfaceSynthesisContext& context, MergeProgress& progress)
 {
-    const uint32_t width = out.width;
     const uint32_t height = out.height;
-    const bool sameFormat = white.format == black.format && white.format == out.format;
-    const uint32_t c = out.channels();
-    const uint32_t wc = white.channels();
-    const uint32_t bc = black.channels();
-    const uint32_t mc = mask.channels();
-    const std::vector<uint32_t> whiteX = stretchIndex(width, white.width), whiteY = stretchIndex(height, white.height);
-    const std::vector<uint32_t> blackX = stretchIndex(width, black.width), blackY = stretchIndex(height, black.height);
-    const std::vector<uint32_t> maskX = stretchIndex(width, mask.width), maskY = stretchIndex(height, mask.height);
-    const bool normal = out.format == Normal;
-    const int team = teamSize();
     const uint32_t band = std::max<uint32_t>(1, height / 50);
-
     for (uint32_t first = 0; first < height; first += band) {
         if (context.cancelRequested)
             return false;
-        const int64_t last = std::min<int64_t>(int64_t(first) + band, height);
-#pragma omp parallel for num_threads(team) schedule(static)
-        for (int64_t y = first; y < last; ++y) {
-            const float* whiteRow = white.data + uint64_t(white.width) * wc * whiteY[y];
-            const float* blackRow = black.data + uint64_t(black.width) * bc * blackY[y];
-            const float* maskRow = mask.data + uint64_t(mask.width) * mc * maskY[y];
-            float* outRow = out.data + uint64_t(width) * c * uint64_t(y);
-            for (uint32_t x = 0; x < width; ++x) {
-                const float w = weight(maskRow[uint64_t(mc) * maskX[x] + maskChannel]);
-                const float* wp = whiteRow + uint64_t(wc) * whiteX[x];
-                const float* bp = blackRow + uint64_t(bc) * blackX[x];
-                if (sameFormat) {
-                    blend(wp, bp, w, c, normal, outRow + uint64_t(c) * x);
-                } else {
-                    float wRgba[4], bRgba[4];
-                    toRgba(white, wp, wRgba);
-                    toRgba(black, bp, bRgba);
-                    blend(wRgba, bRgba, w, 4, false, outRow + 4 * uint64_t(x));
-                }
-            }
-        }
-        progress.rowsDone(uint64_t(last - first));
+        const uint32_t last = std::min<uint32_t>(first + band, height);
+        mixLayerRows(white, black, mask, maskChannel, out, first, last);
+        progress.rowsDone(last - first);
     }
     return true;
 }
@@ -336,8 +237,7 @@ bool merge(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixe
     const LayeredImage& white = *context.whiteResult;
     const LayeredImage& black = *context.blackResult;
     const Image& mask = *context.maskResult->layers[0];
-    const uint32_t maskChannel =
-        mixed.maskChannel < 0 ? 0u : std::min(uint32_t(mixed.maskChannel), mask.channels() - 1);
+    const uint32_t maskChannel = mixMaskChannel(mixed.maskChannel, mask);
 
     LayeredImage& fewer = white.layerCount() < black.layerCount() ? *context.whiteResult : *context.blackResult;
     output.setInputs(&fewer, int32_t(width), int32_t(height), nullptr, nullptr, nullptr);
@@ -351,31 +251,9 @@ bool merge(SurfaceSynthesisContext& context, ProjectData::MixedSurfaceData& mixe
         const Image& W = *white.layers[i];
         const Image& B = *black.layers[i];
         Image*& out = output.target->layers[i];
-        if (W.format == B.format) {
-            if (!out || out->format != W.format || out->width != width || out->height != height) {
-                delete out;
-                out = new Image(width, height, W.format);
-            }
-            out->fileType = W.fileType == B.fileType ? W.fileType : uint32_t(FileTIFF);
-            out->sampleType = std::max({uint32_t(UInt8), W.sampleType, B.sampleType});
-            if (W.format == Normal) {
-                out->flipNormalX = W.flipNormalX;
-                out->flipNormalY = W.flipNormalY;
-                out->mappedNormalXY = W.mappedNormalXY;
-                out->mappedNormalZ = W.mappedNormalZ;
-            }
-        } else {
-            logMessage(Warning, "The two input surface of the mixed surface have different channel layout!");
-            delete out;
-            out = new Image(width, height, RGBA);
-            out->fileType = FileTGA;
-            out->sampleType = UInt8;
-            const Image& deeper = W.sampleType >= B.sampleType ? W : B;
-            if (deeper.sampleType > out->sampleType) {
-                out->sampleType = deeper.sampleType;
-                out->fileType = deeper.fileType;
-            }
-        }
+        if (!out)
+            out = new Image();
+        prepareMixedLayer(W, B, width, height, *out);
         if (!mergeLayer(W, B, mask, maskChannel, *out, context, mergeProgress))
             return false;
     }

@@ -2,7 +2,10 @@
 
 #include "ImageFile.h"
 
+#include <QDir>
+
 #include <algorithm>
+#include <cctype>
 
 namespace Velmor {
 
@@ -52,7 +55,13 @@ ProjectData::TextureData::TextureData(const QString& filePath)
     , image(defaultRecordImageSize, defaultRecordImageSize, RGB)
 {
     ImageFileInfo info;
-    loaded = loadImage(info, filePath, image);
+    loadFailed = !loadImage(info, filePath, image);
+}
+
+QString ProjectData::TextureData::unusableReason() const
+{
+    return QStringLiteral("Texture '%1' (%2) could not be loaded")
+        .arg(QString::fromStdString(name), QDir::toNativeSeparators(path));
 }
 
 ProjectData::DirectionMapData::DirectionMapData()
@@ -111,6 +120,43 @@ ProjectData::ModelData* ProjectData::addModel(const QString& path, const std::st
     model->name = makeUniqueName(nameFromPath(path), models);
     models.push_back(std::move(model));
     return models.back().get();
+}
+
+std::string ProjectData::mapName(const std::string& name)
+{
+    std::string word = name.empty() ? std::string("_") : name;
+    for (char& c : word)
+        if (std::isspace(static_cast<unsigned char>(c)))
+            c = '_';
+    return word;
+}
+
+namespace {
+// Unique among the other maps of the list: the renamed one does not count.
+template <class Map>
+std::string renamedMap(const Map* map, const std::string& name, const std::vector<std::unique_ptr<Map>>& maps)
+{
+    const std::string base = ProjectData::mapName(name);
+    std::string candidate = base;
+    for (int counter = 1;; ++counter) {
+        const bool taken = std::any_of(maps.begin(), maps.end(), [&](const std::unique_ptr<Map>& other) {
+            return other.get() != map && other->name == candidate;
+        });
+        if (!taken)
+            return candidate;
+        candidate = base + "_" + std::to_string(counter);
+    }
+}
+} // namespace
+
+void ProjectData::renameDirectionMap(DirectionMapData* map, const std::string& name)
+{
+    map->name = renamedMap(map, name, directionMaps);
+}
+
+void ProjectData::renameScaleMap(ScaleMapData* map, const std::string& name)
+{
+    map->name = renamedMap(map, name, scaleMaps);
 }
 
 ProjectData::DirectionMapData* ProjectData::addDirectionMap(const std::string& /*label*/)

@@ -39,16 +39,20 @@ public:
         // A 512 x 512 RGB placeholder; used for generated textures.
         TextureData();
         // Loads the image file; a file that fails to load leaves the
-        // placeholder (the loader logs why).
+        // placeholder (the loader logs why) and sets loadFailed.
         explicit TextureData(const QString& path);
+
+        // A failed texture is never synthesized from: the placeholder (or a
+        // partly made image) is not the picture the user chose.
+        bool usable() const { return !loadFailed && !image.isEmpty(); }
+        // "Texture 'name' (file) could not be loaded": why a run refuses it.
+        QString unusableReason() const;
 
         std::string name;
         int32_t id = 0;
         QString path;
         Image image;
-        // False when the image file could not be read (the loader logged why)
-        // and the image is the placeholder.
-        bool loaded = false;
+        bool loadFailed = false;
     };
 
     // A mesh file shown in the 3D preview; the mesh itself is not held here.
@@ -192,6 +196,13 @@ public:
     DirectionMapData* directionMapById(int32_t id) const;
     ScaleMapData* scaleMapById(int32_t id) const;
     SurfaceData* surfaceById(int32_t id) const;
+
+    // Map names are stored as words in their files: white space becomes "_"
+    // (and an empty name "_"), so the file name and the stored name agree.
+    static std::string mapName(const std::string& name);
+    // Gives the map a name without white space, unique among its kind.
+    void renameDirectionMap(DirectionMapData* map, const std::string& name);
+    void renameScaleMap(ScaleMapData* map, const std::string& name);
 
     // File name without folders and extension, in UTF-8.
     static std::string nameFromPath(const QString& path);

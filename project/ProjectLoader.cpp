@@ -5,7 +5,12 @@
 #include "RecordFiles.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+
+#ifdef Q_OS_UNIX
+#include <dirent.h>
+#endif
 
 namespace Velmor {
 
@@ -13,6 +18,38 @@ ProjectLoader::ProjectLoader(const QString& projectDirectory)
     : directory(projectDirectory)
 {
 }
+
+namespace {
+
+// Qt's listing leaves out names it cannot decode; such a record file would
+// be skipped without a word, so the raw listing is searched for them.
+void reportUndecodableNames(const QString& folder, const QStringList& extensions)
+{
+#ifdef Q_OS_UNIX
+    DIR* dir = opendir(QFile::encodeName(folder).constData());
+    if (!dir)
+        return;
+    while (const dirent* entry = readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        const QString decoded = QFile::decodeName(name);
+        if (QFile::encodeName(decoded) == name)
+            continue;
+        for (const QString& extension : extensions) {
+            if (name.endsWith(extension.toLatin1())) {
+                logMessage(Warning, QStringLiteral("Skipping a record file in %1: its file name (%2) is not valid UTF-8")
+                                        .arg(folder, decoded));
+                break;
+            }
+        }
+    }
+    closedir(dir);
+#else
+    Q_UNUSED(folder);
+    Q_UNUSED(extensions);
+#endif
+}
+
+} // namespace
 
 QStringList ProjectLoader::recordFiles(const QString& folder, const QStringList& extensions, const char* warning) const
 {
@@ -23,7 +60,9 @@ QStringList ProjectLoader::recordFiles(const QString& folder, const QStringList&
     QStringList filters;
     for (const QString& extension : extensions)
         filters << QStringLiteral("*") + extension;
-    return QDir(folder).entryList(filters, QDir::Files | QDir::CaseSensitive, QDir::Name);
+    reportUndecodableNames(folder, extensions);
+    // Hidden files too: a record named ".wip" is saved as ".wip.vms".
+    return QDir(folder).entryList(filters, QDir::Files | QDir::Hidden | QDir::CaseSensitive, QDir::Name);
 }
 
 std::unique_ptr<ProjectData> ProjectLoader::load()

@@ -26,6 +26,9 @@ bool ProjectSaver::ensureDirectory(const QString& path)
     return false;
 }
 
+// Deliberately more than "name + extension": names a file system refuses are
+// made safe, and two records whose safe names collide get "_1", "_2", ...,
+// so that one record never overwrites another's file.
 QString ProjectSaver::recordPath(const QString& folder, const std::string& name, const QString& extension)
 {
     const QString base = folder + QLatin1Char('/') + safeFileName(name);
@@ -66,6 +69,14 @@ bool ProjectSaver::save(ProjectData& store)
             ok &= writeMapFile(recordPath(utilitiesDir, maps[i]->name, extension), *maps[i]);
         }
     };
+    // A name with white space, set by hand, would be stored as another name
+    // than its file's, and each load and save would add a copy.
+    for (const auto& map : store.directionMaps)
+        if (map->name != ProjectData::mapName(map->name))
+            store.renameDirectionMap(map.get(), map->name);
+    for (const auto& map : store.scaleMaps)
+        if (map->name != ProjectData::mapName(map->name))
+            store.renameScaleMap(map.get(), map->name);
     saveMaps(store.directionMaps, QStringLiteral(".vdm"));
     saveMaps(store.scaleMaps, QStringLiteral(".vsm"));
 

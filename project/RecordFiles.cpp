@@ -9,6 +9,8 @@
 
 #include <tinyxml2.h>
 
+#include <algorithm>
+
 using tinyxml2::XMLDocument;
 using tinyxml2::XMLElement;
 
@@ -87,7 +89,7 @@ const XMLElement* loadRoot(XMLDocument& doc, const QString& path, const char* ki
 {
     name = nullptr;
     if (doc.LoadFile(QFile::encodeName(path).constData()) != tinyxml2::XML_SUCCESS) {
-        logMessage(Error, QStringLiteral("XML parse error: ") + QString::fromUtf8(doc.ErrorStr()));
+        logMessage(Error, QStringLiteral("XML parse error: %1: %2").arg(path, QString::fromUtf8(doc.ErrorStr())));
         return nullptr;
     }
     const XMLElement* root = doc.FirstChildElement(kind);
@@ -118,6 +120,69 @@ bool hasInt(const XMLElement* parent, const char* key)
     return element && element->QueryIntText(&value) == tinyxml2::XML_SUCCESS;
 }
 
+// Ranges of the values a record file may hold. A value outside its range is
+// taken for damage: a warning names the file, the key and the value as
+// written, and the record keeps its default. The synthesis settings check
+// (ImageSynthesizer::checkSettings) refuses what still does not fit: patches
+// larger than 4096 pixels across, target sides above its limit.
+//   PatchSize 1..4096, PatchBoundary 0..2048, MaxTries 1..1000000,
+//   layer Mode 0..5 (color, normal, displacement, roughness, metalness,
+//   occlusion), MaskFilterMode 0..1 (nearest, linear).
+struct ValueRange
+{
+    const char* key;
+    int64_t low, high;
+};
+const ValueRange synthesizerRanges[] = {{"PatchSize", 1, 4096}, {"PatchBoundary", 0, 2048}, {"MaxTries", 1, 1000000}};
+const ValueRange layerModeRange = {"Mode", 0, 5};
+const ValueRange maskFilterModeRange = {"MaskFilterMode", 0, 1};
+
+// True when `key` under `parent` is absent or holds a whole number in range;
+// otherwise warns and returns false.
+bool inRange(const QString& path, const XMLElement* parent, const ValueRange& range)
+{
+    const XMLElement* element = parent->FirstChildElement(range.key);
+    if (!element)
+        return true;
+    int64_t value = 0;
+    if (element->QueryInt64Text(&value) == tinyxml2::XML_SUCCESS && value >= range.low && value <= range.high)
+        return true;
+    logMessage(Warning, QStringLiteral("%1: %2 %3 is out of range (%4 to %5); the default is used.")
+                            .arg(path, QLatin1String(range.key),
+                                 QString::fromUtf8(element->GetText() ? element->GetText() : ""))
+                            .arg(range.low)
+                            .arg(range.high));
+    return false;
+}
+
+// Reads a synthesizer's values; those out of range keep their defaults.
+void readSynthesizer(const QString& path, const XMLElement* element, ImageSynthesizer& synthesizer)
+{
+    auto* patch = dynamic_cast<ImageSynthesizer::PatchSynthesizerParams*>(synthesizer.params);
+    const int32_t patchSize = patch ? patch->patchSize : 0;
+    const int32_t patchBoundary = patch ? patch->patchBoundary : 0;
+    const uint32_t maxTries = patch ? patch->maxTries : 0;
+    synthesizer.params->readXml(element);
+    if (!patch)
+        return;
+    if (!inRange(path, element, synthesizerRanges[0]))
+        patch->patchSize = patchSize;
+    if (!inRange(path, element, synthesizerRanges[1]))
+        patch->patchBoundary = patchBoundary;
+    if (!inRange(path, element, synthesizerRanges[2]))
+        patch->maxTries = maxTries;
+    const int64_t full = int64_t(patch->patchSize) + 2 * int64_t(patch->patchBoundary);
+    const int64_t target = std::min(int64_t(patch->targetWidth), int64_t(patch->targetHeight));
+    if (target > 0 && full > target)
+        logMessage(Warning, QStringLiteral("%1: PatchSize %2 with PatchBoundary %3 makes patches of %4 pixels, larger "
+                                           "than the target's %5.")
+                                .arg(path)
+                                .arg(patch->patchSize)
+                                .arg(patch->patchBoundary)
+                                .arg(full)
+                                .arg(target));
+}
+
 QString readText(const XMLElement* parent, const char* key)
 {
     const XMLElement* element = parent->FirstChildElement(key);
@@ -137,7 +202,8 @@ void readReference(const XMLElement* parent, const char* key, Record*& target, L
     target = (skipNegative && id < 0) ? nullptr : lookup(id);
 }
 
-void readSurfaceCommon(const XMLElement* root, ProjectData& store, ProjectData::SurfaceData& surface)
+void readSurfaceCommon(const QString& path, const XMLElement* root, ProjectData& store,
+                       ProjectData::SurfaceData& surface)
 {
     readInt(root, "ID", surface.id);
     readReference(root, "MaskTextureID", surface.maskTexture, [&](int32_t id) { return store.textureById(id); }, true);
@@ -152,11 +218,32 @@ void readSurfaceCommon(const XMLElement* root, ProjectData& store, ProjectData::
          element = element->NextSiblingElement("Synthesizer")) {
         const char* type = element->Attribute("Type");
         if (ImageSynthesizer* synthesizer = type ? surface.synthesizerOfType(type) : nullptr)
-            synthesizer->params->readXml(element);
+            readSynthesizer(path, element, *synthesizer);
     }
     const QString mode = readText(root, "SynthesizerMode");
     if (!mode.isEmpty())
         surface.selectSynthesizer(mode.toStdString());
+}
+
+// A mixed surface without the reference, naming itself or a surface that is not loaded
+// cannot be synthesized; say so when it is read, naming the reference.
+void checkMixedReference(const QString& path, const XMLElement* root, const char* key,
+                         const ProjectData::MixedSurfaceData& mixed, const ProjectData::SurfaceData* resolved)
+{
+    if (resolved)
+        return;
+    const XMLElement* element = root->FirstChildElement(key);
+    int32_t id = -1;
+    QString problem;
+    if (!element || element->QueryIntText(&id) != tinyxml2::XML_SUCCESS)
+        problem = QStringLiteral("has no %1").arg(QLatin1String(key));
+    else if (id < 0)
+        return; // none chosen yet: a state the editor allows
+    else if (id == mixed.id)
+        problem = QStringLiteral("has %1 %2, which is the mixed surface itself").arg(QLatin1String(key)).arg(id);
+    else
+        problem = QStringLiteral("has %1 %2, which names no loaded surface").arg(QLatin1String(key)).arg(id);
+    logMessage(Warning, QStringLiteral("%1: mixed surface '%2' %3.").arg(path, QString::fromStdString(mixed.name), problem));
 }
 
 } // namespace
@@ -286,10 +373,11 @@ ProjectData::SurfaceData* readSurfaceFile(const QString& path, ProjectData& stor
         layer.name = element->Attribute("Name");
         readReference(element, "TextureID", layer.texture, [&](int32_t id) { return store.textureById(id); }, false);
         int32_t mode = 0;
-        readInt(element, "Mode", mode);
+        if (inRange(path, element, layerModeRange))
+            readInt(element, "Mode", mode);
         layer.mode = ProjectData::LayerMode(mode);
     }
-    readSurfaceCommon(root, store, *surface);
+    readSurfaceCommon(path, root, store, *surface);
     return surface;
 }
 
@@ -330,7 +418,8 @@ ProjectData::MixedSurfaceData* readMixedSurfaceFile(const QString& path, const Q
     mixed->name = name;
     readBool(root, "SythesizeMask", mixed->synthesizeMask);
     readBool(root, "TileMask", mixed->tileMask);
-    readInt(root, "MaskFilterMode", mixed->maskFilterMode);
+    if (inRange(path, root, maskFilterModeRange))
+        readInt(root, "MaskFilterMode", mixed->maskFilterMode);
     readBool(root, "FreezeMask", mixed->freezeMask);
     // The new record carries ID 0 until its own is read; it must never
     // resolve to itself when the surfaces it names are not loaded.
@@ -355,7 +444,9 @@ ProjectData::MixedSurfaceData* readMixedSurfaceFile(const QString& path, const Q
     readBool(root, "SythesizeBlackSurface", mixed->synthesizeBlackSurface);
     readBool(root, "TileBlackSurface", mixed->tileBlackSurface);
     readBool(root, "FreezeBlackSurface", mixed->freezeBlackSurface);
-    readSurfaceCommon(root, store, *mixed);
+    readSurfaceCommon(path, root, store, *mixed);
+    checkMixedReference(path, root, "WhiteSurfaceID", *mixed, mixed->whiteSurface);
+    checkMixedReference(path, root, "BlackSurfaceID", *mixed, mixed->blackSurface);
 
     readMixedCache(mixedCachePath(cacheDir, mixed->id), *mixed);
     mixed->updateMixedLayers();

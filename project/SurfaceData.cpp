@@ -3,6 +3,7 @@
 #include "ImageSynthesizer.h"
 #include "MethodNames.h"
 #include "LogMessage.h"
+#include "MixedLayer.h"
 #include "SurfaceSynthesisContext.h"
 #include "SynthesizerFactory.h"
 
@@ -13,24 +14,6 @@ namespace Velmor {
 namespace {
 
 const char* const synthesizerTypes[] = {Velmor::blendedMethodName, Velmor::cutoutMethodName};
-
-// Mixes `white` and `black` (each stretched over `out`) by the mask value:
-// 1 shows white, 0 black. Both must have out's format.
-void blendByMask(const Image& white, const Image& black, const Image& mask, uint32_t maskChannel, Image& out)
-{
-    Pixel w(out.format), b(out.format), mixed(out.format);
-    const float wx = float(white.width) / float(out.width), wy = float(white.height) / float(out.height);
-    const float bx = float(black.width) / float(out.width), by = float(black.height) / float(out.height);
-    for (uint32_t y = 0; y < out.height; ++y) {
-        for (uint32_t x = 0; x < out.width; ++x) {
-            white.sample(float(x) * wx, float(y) * wy, Linear, w);
-            black.sample(float(x) * bx, float(y) * by, Linear, b);
-            Pixel::lerp(b, w, mask.pixelAt(int32_t(x), int32_t(y))[int(maskChannel)], mixed);
-            Pixel target = out.pixelAt(int32_t(x), int32_t(y));
-            target = mixed;
-        }
-    }
-}
 
 } // namespace
 
@@ -127,25 +110,19 @@ void ProjectData::MixedSurfaceData::updateMixedLayers()
     }
 
     const Image& mask = maskTexture->image;
-    const uint32_t channel = uint32_t(maskChannel) < mask.channels() ? uint32_t(maskChannel) : 0;
+    const uint32_t channel = mixMaskChannel(maskChannel, mask);
     for (size_t i = 0; i < whiteSurface->layers.size(); ++i) {
         const SurfaceLayer& whiteLayer = whiteSurface->layers[i];
         const SurfaceLayer& blackLayer = blackSurface->layers[i];
         auto texture = std::make_unique<TextureData>();
         texture->name = name + "_" + whiteLayer.name;
-        // A layer whose inputs cannot be mixed pixel by pixel (missing or of
-        // different formats) stays a black placeholder of the mask's size.
+        // Mixed by the same rules as a synthesis run's merge; a layer with a
+        // missing input stays a black placeholder of the mask's size.
         const Image* white = whiteLayer.texture ? &whiteLayer.texture->image : nullptr;
         const Image* black = blackLayer.texture ? &blackLayer.texture->image : nullptr;
-        if (white && black && !white->isEmpty() && !black->isEmpty() && white->format == black->format) {
-            texture->image.allocate(mask.width, mask.height, white->format);
-            texture->image.fileType = white->fileType;
-            texture->image.sampleType = std::max(white->sampleType, black->sampleType);
-            texture->image.flipNormalX = white->flipNormalX;
-            texture->image.flipNormalY = white->flipNormalY;
-            texture->image.mappedNormalXY = white->mappedNormalXY;
-            texture->image.mappedNormalZ = white->mappedNormalZ;
-            blendByMask(*white, *black, mask, channel, texture->image);
+        if (white && black && !white->isEmpty() && !black->isEmpty()) {
+            prepareMixedLayer(*white, *black, mask.width, mask.height, texture->image);
+            mixLayerRows(*white, *black, mask, channel, texture->image, 0, mask.height);
         } else {
             texture->image.allocate(mask.width, mask.height, RGB);
         }

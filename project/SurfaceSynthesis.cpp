@@ -67,7 +67,18 @@ bool gatherSurfaceLayers(const ProjectData::SurfaceData& surface, LayeredImage& 
                                   .arg(QString::fromStdString(layer.name), QString::fromStdString(surface.name)));
             return false;
         }
+        if (!layer.texture->usable()) {
+            logMessage(Error, QStringLiteral("%1; layer '%2' of surface '%3' cannot be synthesized.")
+                                  .arg(layer.texture->unusableReason(), QString::fromStdString(layer.name),
+                                       QString::fromStdString(surface.name)));
+            return false;
+        }
         input.setLayer(layer.name, &layer.texture->image);
+    }
+    if (surface.masked && surface.maskTexture && !surface.maskTexture->usable()) {
+        logMessage(Error, QStringLiteral("%1; it is the mask of surface '%2', which cannot be synthesized.")
+                              .arg(surface.maskTexture->unusableReason(), QString::fromStdString(surface.name)));
+        return false;
     }
     return true;
 }
@@ -148,8 +159,8 @@ bool runSurfacePasses(SurfaceSynthesisContext& context, ImageSynthesizer& synthe
 
 bool synthesizeSurface(SurfaceSynthesisContext& context, const ImageSynthesizer::Progress& progress)
 {
-    if (context.cancelRequested)
-        return false;
+    // Every run starts afresh: a cancel of an earlier run must not stop it.
+    context.cancelRequested = false;
     ProjectData::SurfaceData* surface = context.surface;
     if (!surface)
         return false;

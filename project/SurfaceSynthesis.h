@@ -12,9 +12,9 @@ namespace Velmor {
 // with "make input seamless" plus direction or scale guidance the input's
 // seams are repaired by a clone first. A mixed surface runs its four phases
 // instead. The result is the synthesizer's output; a cancelled run leaves the
-// output of the last completed pass. A context whose cancel flag is set runs
-// nothing: whoever starts a new run clears the flag first (SynthesizerThread
-// does when it is made). `progress` may be empty. True when the output is
+// output of the last completed pass. The context's cancel flag is cleared at
+// the start (SynthesizerThread keeps a cancel that arrives before its run).
+// `progress` may be empty. True when the output is
 // complete, false when cancelled or refused (the reason is logged).
 bool synthesizeSurface(SurfaceSynthesisContext& context, const ImageSynthesizer::Progress& progress);
 

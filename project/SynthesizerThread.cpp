@@ -11,25 +11,27 @@ SynthesizerThread::SynthesizerThread(ProjectData::SurfaceData* surface, QObject*
     : QThread(parent)
     , target(surface)
 {
-    // A new run: a cancel left from an earlier one must not stop it.
-    if (target && target->synthesisContext)
-        target->synthesisContext->cancelRequested = false;
 }
 
 void SynthesizerThread::progress(int value)
 {
+    // The run clears the context's flag when it starts; a cancel that came
+    // just before that is sent again here.
+    if (cancelled && target && target->synthesisContext && !target->synthesisContext->cancelRequested)
+        requestCancel(*target->synthesisContext);
     emit onProgress(value);
 }
 
 void SynthesizerThread::cancel()
 {
+    cancelled = true;
     if (target && target->synthesisContext)
         requestCancel(*target->synthesisContext);
 }
 
 void SynthesizerThread::run()
 {
-    {
+    if (!cancelled) {
         const ImageSynthesizer::Progress callback = std::bind(&SynthesizerThread::progress, this, std::placeholders::_1);
         if (target && target->synthesisContext)
             synthesizeSurface(*target->synthesisContext, callback);

@@ -4,6 +4,8 @@
 
 #include <QThread>
 
+#include <atomic>
+
 namespace Velmor {
 
 // Runs one surface synthesis off the GUI thread. It holds no synthesis state
@@ -34,6 +36,8 @@ protected:
 
 private:
     ProjectData::SurfaceData* target = nullptr;
+    // Set by cancel(), also before the run begins, which then runs nothing.
+    std::atomic<bool> cancelled{false};
 };
 
 } // namespace Velmor

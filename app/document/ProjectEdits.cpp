@@ -207,7 +207,7 @@ RecordRef duplicate(ProjectDocument& document, const RecordRef& record)
         copy->name = ProjectData::makeUniqueName(record.texture()->name, store.textures);
         copy->path = record.texture()->path;
         copy->image = record.texture()->image;
-        copy->loaded = record.texture()->loaded;
+        copy->loadFailed = record.texture()->loadFailed;
         return pushCopy(document, record.texture(), std::move(copy));
     }
     case RecordKind::DirectionMap: {
@@ -405,7 +405,7 @@ bool reloadTexture(ProjectDocument& document, TextureData* texture, const QStrin
     if (document.isReadOnly())
         return false;
     TextureData fresh(path);
-    if (!fresh.loaded)
+    if (fresh.loadFailed)
         return false;
     // The normal-map flags describe how the stored vectors were mapped: a
     // reloaded normal map is converted back the same way.
@@ -414,7 +414,7 @@ bool reloadTexture(ProjectDocument& document, TextureData* texture, const QStrin
                                 texture->image.mappedNormalZ);
     document.undoStack()->beginMacro(QStringLiteral("Reload Texture"));
     setField(document, RecordRef(texture), texture->path, path, QStringLiteral("Set Texture Path"));
-    setField(document, RecordRef(texture), texture->loaded, true, QStringLiteral("Reload Texture"));
+    setField(document, RecordRef(texture), texture->loadFailed, false, QStringLiteral("Reload Texture"));
     replaceImage(document, RecordRef(texture), texture->image, std::move(fresh.image), QStringLiteral("Reload Texture"));
     document.undoStack()->endMacro();
     return true;

@@ -180,7 +180,7 @@ QVariant ProjectModel::data(const QModelIndex& index, int role) const
             return record.model()->path;
         return QVariant();
     case Qt::ForegroundRole:
-        if (record.texture() && !record.texture()->loaded)
+        if (record.texture() && record.texture()->loadFailed)
             return QBrush(QColor(220, 40, 40));
         return QVariant();
     case RecordRole: return QVariant::fromValue(record);

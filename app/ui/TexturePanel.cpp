@@ -101,7 +101,7 @@ TexturePanel::TexturePanel(ProjectDocument* document, Dialogs* dialogs, QWidget*
             return;
         }
         status->setText(textureStatus(*texture));
-        status->setStyleSheet(texture->loaded ? QString() : QStringLiteral("color: rgb(255, 80, 80);"));
+        status->setStyleSheet(!texture->loadFailed ? QString() : QStringLiteral("color: rgb(255, 80, 80);"));
         const Image& image = texture->image;
         details->setText(tr("%1 x %2, %3, %4\nNormal flags: %5")
                              .arg(image.width)

@@ -145,9 +145,11 @@ TEST(SynthCli, LayersWrittenSideBySideFailAloneAndSmallestFilesKeepPixels)
 
     ASSERT_TRUE(QDir().mkpath(blocked + "/displacement.png"));
     const RunResult result = runSynth(inputs + QStringList{"-q", "-o", blocked});
-    EXPECT_EQ(result.exitCode, 0); // two of three layers were written
-    ASSERT_EQ(result.errorLines.size(), 1) << result.errorLines.join('\n').toStdString();
+    // The other two layers are still written, but a lost layer fails the run.
+    EXPECT_EQ(result.exitCode, 1);
+    ASSERT_EQ(result.errorLines.size(), 2) << result.errorLines.join('\n').toStdString();
     EXPECT_TRUE(result.errorLines[0].contains("displacement.png"));
+    EXPECT_TRUE(result.errorLines[1].startsWith("Wrote only 2 of 3 layers"));
     EXPECT_EQ(QDir(blocked).entryList(QDir::Files | QDir::Hidden, QDir::Name),
               QStringList({"color.png", "roughness.png"}));
 }

@@ -1,5 +1,6 @@
 #include "ImageFile.h"
 #include "MessageHandler.h"
+#include "../ChildWithFileLimit.h"
 
 #include <FreeImage.h>
 #include <QDir>
@@ -13,17 +14,20 @@
 #include <tiffio.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
 namespace {
 struct LogCapture
 {
-    QStringList errors;
+    QStringList errors, warnings;
     QMetaObject::Connection connection = QObject::connect(
         MessageHandler::instance(), &MessageHandler::onMessage, [this](QString text, int severity) {
             if (severity == 2)
                 errors << text;
+            if (severity == 1)
+                warnings << text;
         });
     LogCapture() = default;
     LogCapture(const LogCapture&) = delete; // the connection captures this
@@ -266,7 +270,19 @@ TEST(ImageFile, PaletteCmykAndOneBitFilesLoadAsColourOrGrey)
               whiteIsZero);
     image = load(dir.filePath("white.tif"));
     ASSERT_EQ(image.format, Gray);
-    EXPECT_TRUE(image.data[0] == 1.0f && image.data[1] == 0.0f);
+    EXPECT_TRUE(image.data[0] == 0.0f && image.data[1] == 1.0f); // the stored byte / 255, not inverted
+
+    // 16-bit 555 colour has no decoder: the error names the layout, the image is
+    // allocated with zero pixels and the load fails.
+    FIBITMAP* dib = FreeImage_Allocate(3, 2, 16, FI16_555_RED_MASK, FI16_555_GREEN_MASK, FI16_555_BLUE_MASK);
+    std::memset(FreeImage_GetBits(dib), 0xff, FreeImage_GetPitch(dib) * 2);
+    ASSERT_TRUE(FreeImage_Save(FIF_BMP, dib, QFile::encodeName(dir.filePath("555.bmp")).constData(), 0));
+    FreeImage_Unload(dib);
+    LogCapture log;
+    ASSERT_FALSE(loadImage(info, dir.filePath("555.bmp"), image));
+    EXPECT_TRUE(log.hasError("Unsupported channel layout. Bits per channel: 5 Number of channels: 3."));
+    ASSERT_TRUE(image.width == 3 && image.height == 2 && image.format == RGB);
+    EXPECT_TRUE(std::all_of(image.data, image.data + 18, [](float v) { return v == 0.0f; }));
 }
 
 TEST(ImageFile, FloatTiffsFreeImageRefusesLoadThroughLibtiff)
@@ -381,15 +397,75 @@ TEST(ImageFile, SavesFailCleanlyOrFallBackToADepthTheFormatHolds)
     EXPECT_EQ(readFile(kept), keptBytes);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{"kept.png"}); // no temporary left over
 
-    // 16-bit to JPEG is written at 8 bits, 8-bit to EXR as floats; non-ASCII names work.
-    ASSERT_TRUE(saveImage(dir.filePath("deep.jpg"), rampImage(4, 4, RGB, UInt16)));
-    EXPECT_EQ(load(dir.filePath("deep.jpg")).sampleType, uint32_t(UInt8));
-    const Image byteImage = rampImage(4, 4, Gray, UInt8);
+    // A depth the format cannot hold is not written at another depth: 16-bit
+    // to JPEG and 8-bit to EXR fail; floats go to EXR as 32-bit floats, and
+    // non-ASCII names work.
+    for (const auto& [name, image] : {std::make_pair("deep.jpg", rampImage(4, 4, RGB, UInt16)),
+                                      std::make_pair("byte.exr", rampImage(4, 4, Gray, UInt8))}) {
+        LogCapture log;
+        EXPECT_FALSE(saveImage(dir.filePath(name), image)) << name;
+        EXPECT_TRUE(log.hasError("Unable to save output file.")) << name;
+        EXPECT_FALSE(QFileInfo::exists(dir.filePath(name))) << name;
+    }
+    Image floatImage = rampImage(4, 4, Gray, Float32);
+    floatImage.data[3] = 0.1234567f;
     const QString exr = dir.filePath(QString::fromUtf8("Größe_法線.exr"));
-    ASSERT_TRUE(saveImage(exr, byteImage));
+    ASSERT_TRUE(saveImage(exr, floatImage));
     const Image loaded = load(exr);
     ASSERT_EQ(loaded.sampleType, uint32_t(Float32));
-    EXPECT_EQ(std::memcmp(loaded.data, byteImage.data, byteImage.floatCount() * sizeof(float)), 0);
+    EXPECT_EQ(std::memcmp(loaded.data, floatImage.data, floatImage.floatCount() * sizeof(float)), 0);
+}
+
+TEST(ImageFile, AFullDiskKeepsTheOldFileAndFailsTheSave)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("out.png");
+    ASSERT_TRUE(saveImage(path, rampImage(4, 4, RGB, UInt8)));
+    const QByteArray good = readFile(path);
+
+    // A larger, noisy image cannot fit under the limit: the write fails part way.
+    Image big(96, 96, RGB);
+    uint32_t state = 1;
+    for (uint64_t i = 0; i < big.floatCount(); ++i, state = state * 214013u + 2531011u)
+        big.data[i] = float((state >> 16) & 0xff) / 255.0f;
+    big.fileType = FilePNG;
+    big.sampleType = UInt8;
+    EXPECT_EQ(writeWithFileLimit(2000, [&] { return saveImage(path, big); }), LimitedWrite::FailedWithReason);
+    EXPECT_EQ(readFile(path), good);
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{"out.png"}); // no temporary left over
+
+    // The same save with room for it replaces the file.
+    EXPECT_EQ(writeWithFileLimit(1 << 20, [&] { return saveImage(path, big); }), LimitedWrite::Succeeded);
+    EXPECT_EQ(load(path).width, 96u);
+}
+
+TEST(ImageFile, TruncatedFilesAreRefusedOrLoadWithAWarningNamingTheFile)
+{
+    QTemporaryDir dir;
+    Image noisy(64, 64, RGB);
+    uint32_t state = 7;
+    for (uint64_t i = 0; i < noisy.floatCount(); ++i, state = state * 214013u + 2531011u)
+        noisy.data[i] = float((state >> 16) & 0xff) / 255.0f;
+    noisy.sampleType = UInt8;
+    for (const char* name : {"t.tif", "t.tga", "t.bmp", "t.jpg", "t.png"}) {
+        const QString path = dir.filePath(name);
+        ASSERT_TRUE(saveImage(path, noisy)) << name;
+        const QByteArray whole = readFile(path);
+        for (double part : {0.3, 0.6, 0.95}) {
+            SCOPED_TRACE(std::string(name) + " cut to " + std::to_string(part));
+            QFile file(path);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(whole.left(int(whole.size() * part)));
+            file.close();
+            LogCapture log;
+            ImageFileInfo info;
+            Image image;
+            if (loadImage(info, path, image))
+                EXPECT_TRUE(!log.warnings.filter(QStringLiteral("damaged")).filter(name).isEmpty()) << log.warnings.join("\n").toStdString();
+            else
+                EXPECT_TRUE(log.hasError(name));
+        }
+    }
 }
 
 // A chosen PNG level goes through our own libpng writer: same pixels, depth

@@ -26,7 +26,7 @@ std::unique_ptr<LayeredImage> result(std::initializer_list<const char*> names, P
 
 } // namespace
 
-TEST(CacheFiles, MapFilesRoundTripAndDamagedOnesKeepDefaults)
+TEST(CacheFiles, MapFilesRoundTripAndDamagedOnesKeepTheirHeaderAndWhatTheyHold)
 {
     QTemporaryDir dir;
     ProjectData store, loaded;
@@ -42,46 +42,67 @@ TEST(CacheFiles, MapFilesRoundTripAndDamagedOnesKeepDefaults)
     EXPECT_TRUE(back->name == "DirMap" && back->id == 3);
     EXPECT_TRUE(samePixels(back->image, map->image));
 
-    // A non-square map, compressed or raw, comes back square over the whole surface.
+    // A non-square map is stored with its width twice and its own data: it
+    // comes back width x width, filled as far as the data goes, with a warning.
     ProjectData::ScaleMapData* scale = store.addScaleMap();
     scale->image.allocate(8, 4, Gray);
     for (uint32_t i = 0; i < 32; ++i)
-        scale->image.data[i] = float(i / 8);
+        scale->image.data[i] = float(i / 8 + 1);
     for (bool compress : {true, false}) {
         cacheCompression = compress;
         ASSERT_TRUE(writeMapFile(dir.path() + "/s.vsm", *scale));
+        EXPECT_TRUE(readFile(dir.path() + "/s.vsm").startsWith(compress ? "0 ScaleMap 8 8 " : "0 ScaleMap 8 8 128 "));
+        LogCapture log;
         const Image& square = readScaleMapFile(dir.path() + "/s.vsm", loaded)->image;
         cacheCompression = true;
-        EXPECT_EQ(square.height, 8u);
-        EXPECT_EQ(square.pixelAt(0, 6)[0], 3.0f); // row 6 of 8 samples row 3 of 4
+        EXPECT_EQ(log.count(Warning, dir.path() + "/s.vsm"), 1);
+        ASSERT_TRUE(square.width == 8 && square.height == 8);
+        EXPECT_EQ(std::vector<float>(square.data, square.data + 32), std::vector<float>(scale->image.data, scale->image.data + 32));
+        EXPECT_EQ(square.pixelAt(0, 5)[0], 0.0f);
     }
 
-    // Damaged files warn and leave the new map at its default.
+    // Damaged pixels keep the header's ID and name (surfaces find the map by
+    // them) and fill what they hold; a damaged header keeps the defaults.
     QByteArray corrupt = bytes;
-    for (int i = bytes.indexOf(' ', 17) + 11; i < bytes.indexOf(' ', 17) + 41; ++i)
+    const int blockStart = bytes.indexOf(' ', 17) + 1;
+    for (int i = (blockStart + bytes.size()) / 2; i < (blockStart + bytes.size()) / 2 + 30; ++i)
         corrupt[i] = char(corrupt[i] ^ 0x5a);
-    const std::vector<std::pair<const char*, QByteArray>> cases = {
-        {"truncated.vdm", bytes.left(bytes.size() - 100)},
-        {"corrupt.vdm", corrupt},
-        {"longblock.vdm", "0 DirMap 512 512 999999999 xyz"},
-        {"absurd.vdm", "0 DirMap 100000 100000 10 0123456789"},
-        {"huge.vdm", "0 DirMap 32768 32768 10 0123456789"},
-        {"words.vdm", "0 DirMap wide 512 10 0123456789"},
-        {"empty.vdm", ""},
+    const uint32_t firstRow = 512 * 3;
+    const struct { const char* name; QByteArray content; int id; bool firstRowRead; } cases[] = {
+        {"truncated.vdm", "5 Kept " + bytes.mid(9, bytes.size() - 9 - 2000), 5, true},
+        {"corrupt.vdm", "6 Kept " + corrupt.mid(9), 6, true},
+        {"longblock.vdm", "7 Kept 512 512 999999999 xyz", 7, false},
+        {"negative.vdm", "8 Kept 512 512 -1 xyz", 8, false},
+        {"absurd.vdm", "0 Kept 100000 100000 10 0123456789", 0, false},
+        {"huge.vdm", "0 Kept 32768 32768 10 0123456789", 0, false},
+        {"words.vdm", "0 Kept wide 512 10 0123456789", 0, false},
+        {"empty.vdm", "", -1, false},
     };
-    for (const auto& [name, content] : cases) {
-        SCOPED_TRACE(name);
-        writeFile(dir.path() + "/" + name, content);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        writeFile(dir.path() + "/" + c.name, c.content);
         LogCapture log;
-        const Image& image = readDirectionMapFile(dir.path() + "/" + name, loaded)->image;
-        EXPECT_EQ(log.count(Warning, dir.path() + "/" + name), 1);
-        EXPECT_TRUE(image.width == 512 && image.pixelAt(7, 9)[1] == 1.0f); // still the default (0, 1, 0)
+        const ProjectData::DirectionMapData* read = readDirectionMapFile(dir.path() + "/" + c.name, loaded);
+        const Image& image = read->image;
+        EXPECT_EQ(log.count(Warning, dir.path() + "/" + c.name), 1);
+        if (c.id >= 0) {
+            EXPECT_TRUE(read->id == c.id && read->name == "Kept");
+        }
+        ASSERT_EQ(image.width, 512u);
+        EXPECT_EQ(std::equal(image.data, image.data + firstRow, map->image.data), c.firstRowRead);
+        EXPECT_EQ(image.pixelAt(511, 511)[1], 1.0f); // the rest still the default (0, 1, 0)
     }
-
-    // A missing project mask warns.
     LogCapture log;
+    writeFile(dir.path() + "/range.vdm", "4294967296 Big 512 512 ");
+    readDirectionMapFile(dir.path() + "/range.vdm", loaded);
+    EXPECT_EQ(log.count(Warning, "4294967296 is out of range"), 1);
+
+    // A project that never stored a mask loads silently; a damaged one warns.
     EXPECT_FALSE(readMaskCache(dir.path() + "/Mask.cache", loaded));
-    EXPECT_EQ(log.count(Warning), 1);
+    EXPECT_TRUE(log.count(Warning, "Mask.cache") == 0);
+    writeFile(dir.path() + "/Mask.cache", "512 512 -1 ");
+    EXPECT_FALSE(readMaskCache(dir.path() + "/Mask.cache", loaded));
+    EXPECT_EQ(log.count(Warning, "-1 is out of range"), 1);
 }
 
 TEST(CacheFiles, MixedCacheKeepsTheLayerCountOfTheFirstFrozenPart)
@@ -120,7 +141,8 @@ TEST(CacheFiles, MixedCacheKeepsTheLayerCountOfTheFirstFrozenPart)
     EXPECT_EQ(read.maskResult, nullptr);
     EXPECT_EQ(read.whiteResult->names, (std::vector<std::string>{"Color", "Normal", "Height"}));
 
-    // A cut cache or an absurd block replaces nothing and warns once per read.
+    // A cut cache warns once per read; once its flags and size are read it
+    // keeps what it holds, a partly filled layer included.
     const QByteArray whole = readFile(path);
     LogCapture log;
     int reads = 0;
@@ -129,5 +151,14 @@ TEST(CacheFiles, MixedCacheKeepsTheLayerCountOfTheFirstFrozenPart)
         EXPECT_FALSE(readMixedCache(path, *back)) << length;
     }
     EXPECT_EQ(log.count(Warning, path), reads);
-    EXPECT_EQ(read.whiteResult->layerCount(), 3u);
+    writeFile(path, whole.left(whole.size() - 20));
+    EXPECT_FALSE(readMixedCache(path, *back));
+    ASSERT_TRUE(read.whiteResult && read.whiteResult->layerCount() == 3u);
+    const Image& original = *context.whiteResult->layers[2];
+    EXPECT_TRUE(std::equal(original.data, original.data + 16 * 3, read.whiteResult->layers[2]->data));
+
+    // Flags other than 0 and 1 are refused.
+    writeFile(path, "0 2 0 16 16 ");
+    EXPECT_FALSE(readMixedCache(path, *back));
+    EXPECT_EQ(log.count(Warning, "flag 2 is out of range"), 1);
 }

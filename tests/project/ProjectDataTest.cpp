@@ -89,4 +89,22 @@ TEST(ProjectData, UpdateMixedLayersChecksAndMixes)
     EXPECT_TRUE(mixed->layers[0].name == "Color" && mixed->layers[1].mode == ProjectData::LayerMode::Normal);
     EXPECT_NEAR(mixed->layers[0].texture->image.pixelAt(4, 4)[0], 0.25f, 1e-6f);
     EXPECT_EQ(store.textures.size(), 7u); // generated textures stay out of the list
+
+    // The rules of the merge: a channel the mask lacks reads its last one;
+    // layers of different formats mix as RGBA, with a warning.
+    Image twoChannels = constantImage(8, 8, RGB, 0.25f);
+    for (uint64_t i = 0; i < twoChannels.pixelCount(); ++i)
+        twoChannels.data[3 * i + 2] = 0.75f;
+    mixed->maskTexture = addImageTexture(store, "", twoChannels);
+    mixed->maskChannel = 7;
+    black->layers[2].texture = texture(0.0f, Gray);
+    LogCapture merged;
+    mixed->updateMixedLayers();
+    ASSERT_EQ(mixed->layers.size(), 3u);
+    EXPECT_NEAR(mixed->layers[0].texture->image.pixelAt(4, 4)[1], 0.75f, 1e-6f);
+    const Image& rgba = mixed->layers[2].texture->image;
+    ASSERT_EQ(rgba.format, RGBA);
+    EXPECT_NEAR(rgba.pixelAt(4, 4)[0], 0.75f, 1e-6f);
+    EXPECT_NEAR(rgba.pixelAt(4, 4)[3], 1.0f, 1e-6f);
+    EXPECT_EQ(merged.count(Warning, "The two input surface of the mixed surface have different channel layout!"), 1);
 }

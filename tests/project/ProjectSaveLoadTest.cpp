@@ -1,12 +1,14 @@
 #include "ProjectLoader.h"
 #include "ProjectSaver.h"
 #include "ProjectTestSupport.h"
+#include "../ChildWithFileLimit.h"
 
 #include <QDirIterator>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <map>
 
 using namespace Velmor;
@@ -178,4 +180,63 @@ TEST(ProjectSaveLoad, FailedSavesReportAndLeaveExistingFilesAlone)
               QStringList{"tree.vmm"});
     EXPECT_EQ(readFile(project + "/Models/tree.vmm/inside"), "blocked");
     EXPECT_TRUE(readFile(project + "/Surfaces/Rock.vms").contains("<MaskChannel>3</MaskChannel>"));
+}
+
+TEST(ProjectSaveLoad, HiddenNamesAndMapNamesWithSpacesRoundTripWithoutCopies)
+{
+    QTemporaryDir dir;
+    std::unique_ptr<ProjectData> store = makeProject(dir.path());
+    store->surfaces[1]->name = ".wip";
+    store->directionMaps[0]->name = "Dir Map"; // set by hand, bypassing the store
+    ProjectData::ScaleMapData* second = store->addScaleMap();
+    store->renameScaleMap(second, "Scale\tMap");
+    EXPECT_EQ(second->name, "Scale_Map");
+    store->renameScaleMap(second, "ScaleMap"); // taken by the first scale map
+    EXPECT_EQ(second->name, "ScaleMap_1");
+
+    const QString project = dir.path() + "/p";
+    ASSERT_TRUE(ProjectSaver(project).save(*store));
+    EXPECT_EQ(store->directionMaps[0]->name, "Dir_Map");
+    for (int round = 0; round < 2; ++round) {
+        std::unique_ptr<ProjectData> loaded = ProjectLoader(project).load();
+        ASSERT_EQ(loaded->surfaces.size(), 3u);
+        EXPECT_EQ(loaded->surfaces[0]->name, ".wip");
+        ASSERT_EQ(loaded->directionMaps.size(), 1u);
+        EXPECT_EQ(loaded->directionMaps[0]->name, "Dir_Map");
+        ASSERT_TRUE(ProjectSaver(project).save(*loaded));
+    }
+    EXPECT_EQ(QDir(project + "/Utilities").entryList(QDir::Files),
+              (QStringList{"Dir_Map.vdm", "ScaleMap.vsm", "ScaleMap_1.vsm"}));
+}
+
+TEST(ProjectSaveLoad, AFullDiskKeepsEveryOldFileAndFailsTheSave)
+{
+    QTemporaryDir dir;
+    std::unique_ptr<ProjectData> store = makeProject(dir.path());
+    const QString project = dir.path() + "/p";
+    ASSERT_TRUE(ProjectSaver(project).save(*store));
+    const auto before = filesBelow(project);
+
+    store->surfaces[0]->maskChannel = 3;
+    store->projectMask.pixelAt(9, 9)[0] = 0.5f;
+    store->directionMaps[0]->image.pixelAt(9, 9)[0] = 0.5f;
+    EXPECT_EQ(writeWithFileLimit(100, [&] { return ProjectSaver(project).save(*store); }),
+              LimitedWrite::FailedWithReason);
+    EXPECT_EQ(filesBelow(project), before); // nothing replaced, no temporary left over
+}
+
+TEST(ProjectSaveLoad, ARecordFileNameThatIsNotUtf8IsReported)
+{
+    QTemporaryDir dir;
+    const QByteArray folder = QFile::encodeName(dir.path() + "/Surfaces");
+    ASSERT_TRUE(QDir().mkpath(dir.path() + "/Surfaces"));
+    FILE* file = std::fopen((folder + "/bad\xff.vms").constData(), "wb");
+    ASSERT_NE(file, nullptr);
+    std::fputs("<Surface Name=\"Bad\"/>", file);
+    std::fclose(file);
+    LogCapture log;
+    std::unique_ptr<ProjectData> loaded = ProjectLoader(dir.path()).load();
+    EXPECT_EQ(log.count(Warning, "is not valid UTF-8"), 1);
+    EXPECT_TRUE(loaded->surfaces.empty());
+    std::remove((folder + "/bad\xff.vms").constData()); // QTemporaryDir cannot name it
 }

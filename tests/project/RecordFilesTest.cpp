@@ -67,4 +67,45 @@ TEST(RecordFiles, DamagedRecordsAreSkippedAndTheRestLoads)
     EXPECT_TRUE(surface.maskChannel == 0 && !surface.masked); // unreadable values: defaults
     EXPECT_EQ(surface.layers[0].texture, store->textures[1].get());
     EXPECT_EQ(surface.layers[0].mode, ProjectData::LayerMode::Normal);
+    EXPECT_EQ(log.count(Error, root + "Textures/malformed.vmt"), 1); // the parse error names its file
+}
+
+TEST(RecordFiles, OutOfRangeValuesWarnWithFileKeyAndValueAndKeepDefaults)
+{
+    QTemporaryDir dir;
+    const QString root = dir.path() + "/project/";
+    writeFile(root + "Surfaces/a.vms",
+              "<Surface Name=\"A\"><ID>0</ID>"
+              "<Layer Name=\"L1\"><Mode>-1</Mode></Layer><Layer Name=\"L2\"><Mode>6</Mode></Layer>"
+              "<Layer Name=\"L3\"><Mode>99</Mode></Layer><Layer Name=\"L4\"><Mode>5</Mode></Layer>"
+              "<Synthesizer Type=\"Patch Based Blended\"><TargetWidth>64</TargetWidth><TargetHeight>64</TargetHeight>"
+              "<PatchSize>40</PatchSize><PatchBoundary>20</PatchBoundary><MaxTries>-1</MaxTries></Synthesizer>"
+              "<Synthesizer Type=\"Patch Based Cutout\"><PatchSize>0</PatchSize><MaxTries>12</MaxTries></Synthesizer>"
+              "</Surface>");
+    writeFile(root + "Surfaces/m.vmsm", "<MixedSurface Name=\"M\"><ID>1</ID><MaskFilterMode>7</MaskFilterMode>"
+                                        "<WhiteSurfaceID>1</WhiteSurfaceID><BlackSurfaceID>9</BlackSurfaceID>"
+                                        "</MixedSurface>");
+    LogCapture log;
+    std::unique_ptr<ProjectData> store = ProjectLoader(dir.path() + "/project").load();
+    ASSERT_EQ(store->surfaces.size(), 2u);
+    const ProjectData::SurfaceData& surface = *store->surfaces[0];
+    std::vector<int> modes;
+    for (const auto& layer : surface.layers)
+        modes.push_back(int(layer.mode));
+    EXPECT_EQ(modes, (std::vector<int>{0, 0, 0, 5}));
+    const QString file = root + "Surfaces/a.vms: ";
+    for (const char* text : {"Mode -1 is out of range", "Mode 6 is out of range", "Mode 99 is out of range",
+                             "MaxTries -1 is out of range", "PatchSize 0 is out of range"})
+        EXPECT_EQ(log.count(Warning, file + text), 1) << text;
+    EXPECT_EQ(log.count(Warning, "PatchSize 40 with PatchBoundary 20 makes patches of 80 pixels"), 1);
+    auto* blended = static_cast<ImageSynthesizer::PatchSynthesizerParams*>(surface.synthesizers[0]->params);
+    auto* cutout = static_cast<ImageSynthesizer::PatchSynthesizerParams*>(surface.synthesizers[1]->params);
+    EXPECT_TRUE(blended->maxTries == 20u && blended->patchSize == 40); // 20 and 100: the defaults
+    EXPECT_TRUE(cutout->patchSize == 100 && cutout->maxTries == 12);
+
+    const auto& mixed = static_cast<const ProjectData::MixedSurfaceData&>(*store->surfaces[1]);
+    EXPECT_EQ(mixed.maskFilterMode, 0);
+    EXPECT_EQ(log.count(Warning, root + "Surfaces/m.vmsm: MaskFilterMode 7 is out of range"), 1);
+    EXPECT_EQ(log.count(Warning, "WhiteSurfaceID 1, which is the mixed surface itself"), 1);
+    EXPECT_EQ(log.count(Warning, "BlackSurfaceID 9, which names no loaded surface"), 1);
 }

@@ -7,9 +7,13 @@
 
 namespace Velmor {
 
-// Writes `bytes` to a temporary file beside `path` and renames it into place,
-// so a failed or interrupted save leaves the previous file as it was. Logs an
-// Error naming the file and returns false when anything fails.
+// Every project and image file goes through here: deliberately, a save never
+// writes over the old file in place.
+// Writes `bytes` to a temporary file beside `path` and renames it into place
+// only when every byte was written, flushed to the disk and the file has the
+// expected size: a full disk or an interrupted save leaves the previous file
+// as it was and no temporary file behind. Logs an Error naming the file and
+// the system's reason, and returns false, when anything fails.
 bool writeFileSafely(const QString& path, const QByteArray& bytes);
 
 // A file name for a record name: characters that some file system refuses
