@@ -63,8 +63,13 @@ bool ProjectFlows::saveTo(const QString& directory)
 
 bool ProjectFlows::offerSave()
 {
-    const Dialogs::Button answer = dialogs->ask(QStringLiteral("Save current project?"),
-                                                Dialogs::Yes | Dialogs::No | Dialogs::Cancel, Dialogs::Yes);
+    return askToSave(QStringLiteral("Save current project?"));
+}
+
+bool ProjectFlows::askToSave(const QString& question)
+{
+    const Dialogs::Button answer
+        = dialogs->ask(question, Dialogs::Yes | Dialogs::No | Dialogs::Cancel, Dialogs::Yes);
     if (answer == Dialogs::Cancel)
         return false;
     if (answer == Dialogs::Yes)
@@ -120,13 +125,7 @@ bool ProjectFlows::loadProjectFrom(const QString& directory)
 
 bool ProjectFlows::quit()
 {
-    const Dialogs::Button answer = dialogs->ask(QStringLiteral("Save project before quit?"),
-                                                Dialogs::Yes | Dialogs::No | Dialogs::Cancel, Dialogs::Yes);
-    if (answer == Dialogs::Cancel)
-        return false;
-    if (answer == Dialogs::Yes)
-        return save();
-    return true;
+    return askToSave(QStringLiteral("Save project before quit?"));
 }
 
 QString ProjectFlows::fileChooserStart() const

@@ -51,6 +51,9 @@ signals:
 private:
     // Asks "Save current project?"; false when the flow must end here.
     bool offerSave();
+    // Yes saves (false when that save is cancelled or fails), No goes on,
+    // Cancel returns false.
+    bool askToSave(const QString& question);
     bool saveTo(const QString& directory);
     // The last folder used, or the default project location before any.
     QString fileChooserStart() const;
