@@ -1,5 +1,7 @@
 #include "ImageSynthesizer.h"
 
+#include "SynthesisLimits.h"
+
 #include "LayeredImage.h"
 #include "LogMessage.h"
 #include "Patch.h"
@@ -23,11 +25,6 @@
 namespace Velmor {
 
 namespace {
-
-constexpr int64_t maxTargetSide = 32768;
-constexpr int64_t maxTargetPixels = int64_t(1) << 28;
-// Bounds the per-patch work images (fullSize x fullSize floats).
-constexpr int64_t maxFullPatchSize = 4096;
 
 bool validTargetSize(int64_t width, int64_t height)
 {

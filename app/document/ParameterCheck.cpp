@@ -1,6 +1,26 @@
 #include "ParameterCheck.h"
 
+#include "SynthesisLimits.h"
+
 namespace ParameterCheck {
+
+using Velmor::maxFullPatchSize;
+using Velmor::maxTargetPixels;
+using Velmor::maxTargetSide;
+
+namespace {
+
+// A patch with its boundary ring on both sides beyond the engine's limit.
+QString fullPatchTooLarge(int64_t size, int64_t boundary)
+{
+    if (size >= 1 && boundary >= 0 && size + 2 * boundary > maxFullPatchSize)
+        return QStringLiteral("Patch with boundary is %1 pixels; at most %2.")
+            .arg(size + 2 * boundary)
+            .arg(maxFullPatchSize);
+    return QString();
+}
+
+} // namespace
 
 QString targetSize(int64_t width, int64_t height)
 {
@@ -17,22 +37,14 @@ QString patchSize(int64_t size, int64_t boundary)
 {
     if (size < 1)
         return QStringLiteral("Must be at least 1.");
-    if (boundary >= 0 && size + 2 * boundary > maxFullPatchSize)
-        return QStringLiteral("Patch with boundary is %1 pixels; at most %2.")
-            .arg(size + 2 * boundary)
-            .arg(maxFullPatchSize);
-    return QString();
+    return fullPatchTooLarge(size, boundary);
 }
 
 QString patchBoundary(int64_t size, int64_t boundary)
 {
     if (boundary < 0)
         return QStringLiteral("Must not be negative.");
-    if (size >= 1 && size + 2 * boundary > maxFullPatchSize)
-        return QStringLiteral("Patch with boundary is %1 pixels; at most %2.")
-            .arg(size + 2 * boundary)
-            .arg(maxFullPatchSize);
-    return QString();
+    return fullPatchTooLarge(size, boundary);
 }
 
 } // namespace ParameterCheck

@@ -7,12 +7,8 @@
 // The synthesizer parameter checks the engine runs before a run
 // (ImageSynthesizer::checkSettings), for the panel to show beside each field
 // as soon as a value is entered. Each returns an empty string for a value
-// the engine accepts. Keep the limits equal to the engine's.
+// the engine accepts.
 namespace ParameterCheck {
-
-constexpr int64_t maxTargetSide = 32768;
-constexpr int64_t maxTargetPixels = int64_t(1) << 28;
-constexpr int64_t maxFullPatchSize = 4096;
 
 QString targetSize(int64_t width, int64_t height);
 // The patch size and its boundary are checked together: a patch with its
