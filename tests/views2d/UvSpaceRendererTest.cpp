@@ -1,4 +1,8 @@
 #include "Image.h"
+#include "MeshReadback.h"
+#include "ProjectDocument.h"
+#include "ProjectEdits.h"
+#include "UvEdits.h"
 #include "Mesh.h"
 #include "MessageHandler.h"
 #include "UvSpaceRenderer.h"
@@ -11,6 +15,7 @@
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
 #include <QSurfaceFormat>
+#include <QUndoStack>
 
 #include <cmath>
 #include <memory>
@@ -235,6 +240,58 @@ TEST_F(UvSpaceRendererTest, LayoutIsAWireframeWithTheSelectedIslandPink)
 
     picture = draw(false, 1);
     EXPECT_TRUE(near(picture.pixelColor(38, 51), mint));
+}
+
+TEST_F(UvSpaceRendererTest, MapEditsAreUndoSteps)
+{
+    Mesh* islands = mesh(twoIslands());
+    ProjectDocument document;
+    auto* map = ProjectEdits::newDirectionMap(document).directionMap();
+    ASSERT_NE(map, nullptr);
+    const Image mapBefore = map->image;
+    const int steps = document.undoStack()->count();
+
+    ASSERT_TRUE(UvEdits::generateAutoDirection(document, renderer, islands, map, 2));
+    EXPECT_EQ(document.undoStack()->count(), steps + 1);
+    const uint32_t w = map->image.width, h = map->image.height;
+    EXPECT_EQ(channel(map->image, 0, 0, 0), -1.0f);
+    document.undoStack()->undo();
+    for (uint64_t i = 0; i < map->image.floatCount(); ++i)
+        ASSERT_EQ(map->image.data[i], mapBefore.data[i]);
+
+    // The mask grows to the generated image's square; undo brings back the
+    // old size and pixels.
+    Image& mask = document.store().projectMask;
+    const Image maskBefore = mask;
+    const Image generated(600, 300, RGB);
+    ASSERT_TRUE(UvEdits::loadOutputMaskFromUVIsland(document, renderer, islands, &generated, -1, false));
+    EXPECT_EQ(mask.width, 600u);
+    EXPECT_EQ(document.undoStack()->undoText(), "Load Output Mask from ALL UV Island");
+    document.undoStack()->undo();
+    ASSERT_EQ(mask.width, maskBefore.width);
+    ASSERT_EQ(mask.height, maskBefore.height);
+    for (uint64_t i = 0; i < mask.floatCount(); ++i)
+        ASSERT_EQ(mask.data[i], maskBefore.data[i]);
+
+    // Nothing while a run reads the store.
+    document.setReadOnly(true);
+    EXPECT_FALSE(UvEdits::generateAutoDirection(document, renderer, islands, map, 2));
+    EXPECT_EQ(map->image.width, w);
+    EXPECT_EQ(map->image.height, h);
+    EXPECT_EQ(map->image.data[0], mapBefore.data[0]);
+}
+
+TEST_F(UvSpaceRendererTest, MeshVerticesReadBackFromTheBuffer)
+{
+    const MeshData data = makeCylinder(32, 1);
+    const std::vector<MeshVertex> read = readMeshVertices(*mesh(data));
+    ASSERT_EQ(read.size(), data.vertices.size());
+    for (size_t i = 0; i < read.size(); ++i)
+        for (int k = 0; k < 3; ++k) {
+            ASSERT_EQ(read[i].vertex[k], data.vertices[i].vertex[k]);
+            ASSERT_EQ(read[i].texCoord[k], data.vertices[i].texCoord[k]);
+        }
+    EXPECT_TRUE(readMeshVertices(*mesh(MeshData())).empty());
 }
 
 } // namespace
