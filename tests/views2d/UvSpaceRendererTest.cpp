@@ -213,6 +213,23 @@ TEST_F(UvSpaceRendererTest, PickingFindsTheIslandUnderTheCursor)
     EXPECT_EQ(renderer.pickIsland(nullptr, identity, view, QPointF(12, 51)), -1);
 }
 
+TEST_F(UvSpaceRendererTest, MeshMadeInASharedContextIsDrawn)
+{
+    // The 3D preview makes the meshes in its context; the generated view
+    // draws them in its own, which shares buffers but not vertex arrays.
+    QOpenGLContext other;
+    other.setShareContext(&context);
+    ASSERT_TRUE(other.create());
+    ASSERT_TRUE(other.makeCurrent(&surface));
+    auto islands = std::make_unique<Mesh>(twoIslands());
+    ASSERT_TRUE(context.makeCurrent(&surface));
+    EXPECT_EQ(renderer.pickIsland(islands.get(), QMatrix4x4(), QSize(64, 64), QPointF(45, 51)), 1);
+    EXPECT_EQ(readMeshVertices(*islands).size(), 12u);
+    ASSERT_TRUE(other.makeCurrent(&surface));
+    islands.reset();
+    ASSERT_TRUE(context.makeCurrent(&surface));
+}
+
 TEST_F(UvSpaceRendererTest, LayoutIsAWireframeWithTheSelectedIslandPink)
 {
     Mesh* islands = mesh(twoIslands());
