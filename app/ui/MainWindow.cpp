@@ -22,6 +22,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QScreen>
+#include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
 #include <QUndoStack>
@@ -64,7 +65,13 @@ MainWindow::MainWindow()
     browser = new ProjectBrowserDock(projectDocument, dialogs.get(), this);
     properties = new PropertiesDock(projectDocument, dialogs.get(), this);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, properties, &PropertiesDock::showRecord);
-    connect(browser, &ProjectBrowserDock::currentRecordChanged, central->previewArea(), &PreviewArea::showRecord);
+    connect(browser, &ProjectBrowserDock::currentRecordChanged, central, &CentralArea::showRecord);
+    connect(central, &CentralArea::readoutChanged, this, [this](const QString& text) {
+        if (text.isEmpty())
+            statusBar()->clearMessage();
+        else
+            statusBar()->showMessage(text);
+    });
 
     createMenus();
     arrangeDocks();
