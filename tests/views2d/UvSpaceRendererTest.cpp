@@ -3,6 +3,7 @@
 #include "ProjectDocument.h"
 #include "ProjectEdits.h"
 #include "UvEdits.h"
+#include "UvOverlay.h"
 #include "Mesh.h"
 #include "MessageHandler.h"
 #include "UvSpaceRenderer.h"
@@ -259,18 +260,85 @@ TEST_F(UvSpaceRendererTest, LayoutIsAWireframeWithTheSelectedIslandPink)
     EXPECT_TRUE(near(picture.pixelColor(38, 51), mint));
 }
 
+TEST_F(UvSpaceRendererTest, PendingIslandRequestsRunAtTheNextPaint)
+{
+    UvOverlay overlay;
+    overlay.setMesh(mesh(twoIslands()));
+    Image mask(64, 64, Gray);
+    overlay.setOutputMask(&mask);
+    std::vector<QString> edits;
+    QObject::connect(&overlay, &UvOverlay::imageEdited,
+                     [&](Image* image, std::shared_ptr<const Image> before, const QString& text) {
+                         EXPECT_EQ(image, &mask);
+                         EXPECT_EQ(before->width, 64u);
+                         edits.push_back(text);
+                     });
+    QOpenGLFramebufferObject target(64, 64);
+    auto paint = [&] {
+        target.bind();
+        overlay.paint(QMatrix4x4(), QSize(64, 64), 1.0, nullptr);
+        target.release();
+    };
+
+    // With island selection the island under the cursor is masked.
+    overlay.setIslandSelection(true);
+    overlay.setCursor(QPointF(45, 51), true);
+    overlay.requestIslandMask(false);
+    EXPECT_TRUE(overlay.hasPendingRequest());
+    paint();
+    EXPECT_FALSE(overlay.hasPendingRequest());
+    EXPECT_EQ(overlay.pickedIsland(), 1);
+    EXPECT_EQ(channel(mask, 45, 12, 0), 1.0f);
+    EXPECT_EQ(channel(mask, 12, 12, 0), 0.0f);
+    ASSERT_EQ(edits.size(), 1u);
+    EXPECT_EQ(edits[0], "Load Output Mask from UV Island");
+
+    // Flags are cleared: the next paint writes nothing.
+    mask.data[45 + 64 * 12] = 0.5f;
+    paint();
+    EXPECT_EQ(channel(mask, 45, 12, 0), 0.5f);
+    EXPECT_EQ(edits.size(), 1u);
+
+    // Without island selection a single-island request takes all islands.
+    overlay.setIslandSelection(false);
+    overlay.requestIslandMask(false);
+    paint();
+    EXPECT_EQ(overlay.pickedIsland(), -1);
+    EXPECT_EQ(channel(mask, 12, 12, 0), 1.0f);
+    EXPECT_EQ(channel(mask, 45, 12, 0), 1.0f);
+    overlay.requestAllIslandsMask();
+    paint();
+    ASSERT_EQ(edits.size(), 3u);
+    EXPECT_EQ(edits[2], "Load Output Mask from ALL UV Island");
+
+    // Without a mesh nothing is written or announced.
+    overlay.setMesh(nullptr);
+    overlay.requestAllIslandsMask();
+    paint();
+    EXPECT_EQ(edits.size(), 3u);
+    overlay.releaseGL();
+}
+
 TEST_F(UvSpaceRendererTest, MapEditsAreUndoSteps)
 {
-    Mesh* islands = mesh(twoIslands());
     ProjectDocument document;
     auto* map = ProjectEdits::newDirectionMap(document).directionMap();
     ASSERT_NE(map, nullptr);
+    UvOverlay overlay;
+    overlay.setMesh(mesh(twoIslands()));
+    overlay.setDirectionMap(&map->image);
+    overlay.setOutputMask(&document.store().projectMask);
+    overlay.setAutoMode(2);
+    QObject::connect(&overlay, &UvOverlay::imageEdited,
+                     [&](Image* image, std::shared_ptr<const Image> before, const QString& text) {
+                         EXPECT_TRUE(UvEdits::recordImageEdit(document, image, *before, text));
+                     });
     const Image mapBefore = map->image;
     const int steps = document.undoStack()->count();
 
-    ASSERT_TRUE(UvEdits::generateAutoDirection(document, renderer, islands, map, 2));
+    ASSERT_TRUE(overlay.generateAutoDirection());
     EXPECT_EQ(document.undoStack()->count(), steps + 1);
-    const uint32_t w = map->image.width, h = map->image.height;
+    EXPECT_EQ(document.undoStack()->undoText(), "Auto Generate Direction Map from Geometry Normals");
     EXPECT_EQ(channel(map->image, 0, 0, 0), -1.0f);
     document.undoStack()->undo();
     for (uint64_t i = 0; i < map->image.floatCount(); ++i)
@@ -281,7 +349,7 @@ TEST_F(UvSpaceRendererTest, MapEditsAreUndoSteps)
     Image& mask = document.store().projectMask;
     const Image maskBefore = mask;
     const Image generated(600, 300, RGB);
-    ASSERT_TRUE(UvEdits::loadOutputMaskFromUVIsland(document, renderer, islands, &generated, -1, false));
+    ASSERT_TRUE(overlay.loadOutputMaskFromUVIsland(-1, false, &generated));
     EXPECT_EQ(mask.width, 600u);
     EXPECT_EQ(document.undoStack()->undoText(), "Load Output Mask from ALL UV Island");
     document.undoStack()->undo();
@@ -289,13 +357,28 @@ TEST_F(UvSpaceRendererTest, MapEditsAreUndoSteps)
     ASSERT_EQ(mask.height, maskBefore.height);
     for (uint64_t i = 0; i < mask.floatCount(); ++i)
         ASSERT_EQ(mask.data[i], maskBefore.data[i]);
+    overlay.releaseGL();
+}
 
-    // Nothing while a run reads the store.
+TEST_F(UvSpaceRendererTest, RefusedEditsPutTheOldPixelsBack)
+{
+    ProjectDocument document;
+    Image& mask = document.store().projectMask;
+    const Image before = mask;
+    for (uint64_t i = 0; i < mask.floatCount(); ++i)
+        mask.data[i] = 0.0f;
     document.setReadOnly(true);
-    EXPECT_FALSE(UvEdits::generateAutoDirection(document, renderer, islands, map, 2));
-    EXPECT_EQ(map->image.width, w);
-    EXPECT_EQ(map->image.height, h);
-    EXPECT_EQ(map->image.data[0], mapBefore.data[0]);
+    EXPECT_FALSE(UvEdits::recordImageEdit(document, &mask, before, "Edit"));
+    EXPECT_EQ(mask.data[0], before.data[0]);
+    document.setReadOnly(false);
+
+    // An image of no record is not an undo step either.
+    Image stray(4, 4, Gray);
+    const Image strayBefore(4, 4, Gray);
+    stray.data[0] = 1.0f;
+    EXPECT_FALSE(UvEdits::recordImageEdit(document, &stray, strayBefore, "Edit"));
+    EXPECT_EQ(stray.data[0], 0.0f);
+    EXPECT_EQ(document.undoStack()->count(), 0);
 }
 
 TEST_F(UvSpaceRendererTest, MeshVerticesReadBackFromTheBuffer)

@@ -6,7 +6,6 @@
 #include "LayeredImage.h"
 #include "ProjectDocument.h"
 #include "UvSeamFixer.h"
-#include "UvSpaceRenderer.h"
 
 #include <QCoreApplication>
 
@@ -19,17 +18,6 @@ namespace {
 QString tr(const char* text)
 {
     return QCoreApplication::translate("UvEdits", text);
-}
-
-// Pushes the edit of `image` (copied before as `before`) when it changed any
-// pixel.
-bool pushEdit(ProjectDocument& document, const RecordRef& owner, Image* image, const Image& before,
-              const QString& text)
-{
-    auto command = std::make_unique<ImageEditCommand>(&document, owner, image, before, text);
-    if (command->isEmpty())
-        return true;
-    return document.push(command.release());
 }
 
 } // namespace
@@ -67,28 +55,30 @@ bool fixSeams(ProjectDocument& document, ProjectData::SurfaceData* surface, cons
     return document.push(command.release());
 }
 
-bool generateAutoDirection(ProjectDocument& document, UvSpaceRenderer& renderer, Mesh* mesh,
-                           ProjectData::DirectionMapData* map, int autoMode)
+RecordRef ownerOf(ProjectData& store, const Image* image)
 {
-    if (document.isReadOnly() || map == nullptr)
-        return false;
-    const Image before = map->image;
-    if (!renderer.generateAutoDirection(mesh, &map->image, autoMode))
-        return false;
-    return pushEdit(document, RecordRef(map), &map->image, before, tr("Auto Generate Direction Map"));
+    if (image == nullptr)
+        return RecordRef();
+    if (image == &store.projectMask)
+        return RecordRef::projectMask(store);
+    for (const auto& map : store.directionMaps)
+        if (&map->image == image)
+            return RecordRef(map.get());
+    return RecordRef();
 }
 
-bool loadOutputMaskFromUVIsland(ProjectDocument& document, UvSpaceRenderer& renderer, Mesh* mesh,
-                                const Image* generated, int island, bool add)
+bool recordImageEdit(ProjectDocument& document, Image* image, const Image& before, const QString& text)
 {
-    if (document.isReadOnly())
+    const RecordRef owner = ownerOf(document.store(), image);
+    if (owner.isNull() || document.isReadOnly()) {
+        if (image)
+            *image = before;
         return false;
-    Image& mask = document.store().projectMask;
-    const Image before = mask;
-    if (!renderer.loadOutputMaskFromUVIsland(mesh, &mask, generated, island, add))
-        return false;
-    const QString text = island < 0 ? tr("Load Output Mask from ALL UV Island") : tr("Load Output Mask from UV Island");
-    return pushEdit(document, RecordRef::projectMask(document.store()), &mask, before, text);
+    }
+    auto command = std::make_unique<ImageEditCommand>(&document, owner, image, before, text);
+    if (command->isEmpty())
+        return true;
+    return document.push(command.release());
 }
 
 } // namespace UvEdits

@@ -2,17 +2,17 @@
 
 #include "MeshVertex.h"
 #include "ProjectData.h"
+#include "RecordRef.h"
+
+#include <QString>
 
 #include <vector>
 
 class Image;
-class Mesh;
 class ProjectDocument;
-class UvSpaceRenderer;
 
 // The UV tools' changes to the project, each one undo step on the document.
-// All refuse, touching nothing, while the document is read-only (a run reads
-// the store). The renderer's edits need its OpenGL context current.
+// Nothing changes while the document is read-only (a run reads the store).
 namespace UvEdits {
 
 // The layers of the surface's generated output; empty before a run.
@@ -22,13 +22,13 @@ std::vector<Image*> generatedLayers(Velmor::ProjectData::SurfaceData* surface);
 bool fixSeams(ProjectDocument& document, Velmor::ProjectData::SurfaceData* surface,
               const std::vector<MeshVertex>& vertices);
 
-// Fills the direction map from the mesh's geometry with auto mode 0..5.
-bool generateAutoDirection(ProjectDocument& document, UvSpaceRenderer& renderer, Mesh* mesh,
-                           Velmor::ProjectData::DirectionMapData* map, int autoMode);
+// The record whose pixels `image` is: the project mask (the output mask) or
+// a direction map; a null reference for any other image.
+RecordRef ownerOf(Velmor::ProjectData& store, const Image* image);
 
-// Writes island `island` (-1: all) into the project mask, the output mask,
-// sized after `generated` when there is one.
-bool loadOutputMaskFromUVIsland(ProjectDocument& document, UvSpaceRenderer& renderer, Mesh* mesh,
-                                const Image* generated, int island, bool add);
+// Turns a write into `image` (a direction map or the output mask, `before`
+// its pixels from before) into one undo step. When the document refuses it
+// (read-only) or the image belongs to no record, the old pixels come back.
+bool recordImageEdit(ProjectDocument& document, Image* image, const Image& before, const QString& text);
 
 } // namespace UvEdits

@@ -32,6 +32,7 @@ public:
     explicit SavedDrawState(QOpenGLFunctions& gl) : gl(gl)
     {
         gl.glGetIntegerv(GL_VIEWPORT, viewport);
+        gl.glGetIntegerv(GL_FRAMEBUFFER_BINDING, &framebuffer);
         gl.glGetFloatv(GL_COLOR_CLEAR_VALUE, clearColour);
         blend = gl.glIsEnabled(GL_BLEND);
         cull = gl.glIsEnabled(GL_CULL_FACE);
@@ -42,6 +43,9 @@ public:
     }
     ~SavedDrawState()
     {
+        // Releasing a framebuffer object binds the context's default one,
+        // which need not be the one the caller drew into.
+        gl.glBindFramebuffer(GL_FRAMEBUFFER, GLuint(framebuffer));
         gl.glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
         gl.glClearColor(clearColour[0], clearColour[1], clearColour[2], clearColour[3]);
         if (blend)
@@ -55,6 +59,7 @@ public:
 private:
     QOpenGLFunctions& gl;
     GLint viewport[4] = {0, 0, 0, 0};
+    GLint framebuffer = 0;
     GLfloat clearColour[4] = {0, 0, 0, 0};
     GLboolean blend = GL_FALSE, cull = GL_FALSE, depth = GL_FALSE;
 };
