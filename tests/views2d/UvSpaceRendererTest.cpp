@@ -372,12 +372,12 @@ TEST_F(UvSpaceRendererTest, RefusedEditsPutTheOldPixelsBack)
     EXPECT_EQ(mask.data[0], before.data[0]);
     document.setReadOnly(false);
 
-    // An image of no record is not an undo step either.
+    // An image of no record is not an undo step either, and not touched.
     Image stray(4, 4, Gray);
     const Image strayBefore(4, 4, Gray);
     stray.data[0] = 1.0f;
     EXPECT_FALSE(UvEdits::recordImageEdit(document, &stray, strayBefore, "Edit"));
-    EXPECT_EQ(stray.data[0], 0.0f);
+    EXPECT_EQ(stray.data[0], 1.0f);
     EXPECT_EQ(document.undoStack()->count(), 0);
 }
 

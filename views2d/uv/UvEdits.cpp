@@ -69,10 +69,12 @@ RecordRef ownerOf(ProjectData& store, const Image* image)
 
 bool recordImageEdit(ProjectDocument& document, Image* image, const Image& before, const QString& text)
 {
+    // An image of no record may be gone with its project: leave it alone.
     const RecordRef owner = ownerOf(document.store(), image);
-    if (owner.isNull() || document.isReadOnly()) {
-        if (image)
-            *image = before;
+    if (owner.isNull())
+        return false;
+    if (document.isReadOnly()) {
+        *image = before;
         return false;
     }
     auto command = std::make_unique<ImageEditCommand>(&document, owner, image, before, text);

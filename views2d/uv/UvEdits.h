@@ -28,7 +28,8 @@ RecordRef ownerOf(Velmor::ProjectData& store, const Image* image);
 
 // Turns a write into `image` (a direction map or the output mask, `before`
 // its pixels from before) into one undo step. When the document refuses it
-// (read-only) or the image belongs to no record, the old pixels come back.
+// (read-only) the old pixels come back; an image of no record of the store
+// (perhaps of a project replaced since) is not touched.
 bool recordImageEdit(ProjectDocument& document, Image* image, const Image& before, const QString& text);
 
 } // namespace UvEdits
