@@ -139,7 +139,6 @@ std::unique_ptr<unsigned char[]> UvSpaceRenderer::renderAndRead(QOpenGLFramebuff
                                                                 SetUniforms setUniforms)
 {
     const int w = framebuffer.width(), h = framebuffer.height();
-    SavedDrawState saved(*this);
     framebuffer.bind();
     glViewport(0, 0, w, h);
     glClearColor(0, 0, 0, 0);
@@ -162,6 +161,8 @@ bool UvSpaceRenderer::generateAutoDirection(Mesh* mesh, Image* directionMap, int
         return false;
     if (!ensureInitialized())
         return false;
+    // Saved before a framebuffer is made: making one may rebind.
+    SavedDrawState saved(*this);
     const int w = int(directionMap->width), h = int(directionMap->height);
     ensureFramebuffer(autoDirectionFramebuffer, w, h);
     if (!autoDirectionFramebuffer->isValid())
@@ -200,6 +201,7 @@ bool UvSpaceRenderer::loadOutputMaskFromUVIsland(Mesh* mesh, Image* mask, const 
         return false;
     // A framebuffer of another size than the mask would be read outside its
     // bounds, so any difference makes a new one.
+    SavedDrawState saved(*this);
     ensureFramebuffer(islandFramebuffer, int(mask->width), int(mask->height));
     if (!islandFramebuffer->isValid())
         return false;
@@ -216,6 +218,7 @@ int UvSpaceRenderer::pickIsland(Mesh* mesh, const QMatrix4x4& combined, QSize vi
 {
     if (mesh == nullptr || viewSize.isEmpty() || !ensureInitialized())
         return -1;
+    SavedDrawState saved(*this);
     // Only a change of both sides makes a new buffer; a view resized along
     // one axis keeps the old one.
     if (pickingFramebuffer && pickingFramebuffer->width() != viewSize.width() &&
@@ -234,21 +237,18 @@ int UvSpaceRenderer::pickIsland(Mesh* mesh, const QMatrix4x4& combined, QSize vi
         return -1;
 
     float value = 0.0f;
-    {
-        SavedDrawState saved(*this);
-        pickingFramebuffer->bind();
-        glViewport(0, 0, pickingFramebuffer->width(), pickingFramebuffer->height());
-        glClearColor(0, 0, 0, 0);
-        glClear(GL_COLOR_BUFFER_BIT);
-        islandMaskProgram->bind();
-        setMvp(*islandMaskProgram, combined);
-        islandMaskProgram->setUniformValue("drawMask", 0);
-        drawMesh(*mesh);
-        islandMaskProgram->release();
-        glPixelStorei(GL_PACK_ALIGNMENT, 4);
-        glReadPixels(x, y, 1, 1, GL_RED, GL_FLOAT, &value);
-        pickingFramebuffer->release();
-    }
+    pickingFramebuffer->bind();
+    glViewport(0, 0, pickingFramebuffer->width(), pickingFramebuffer->height());
+    glClearColor(0, 0, 0, 0);
+    glClear(GL_COLOR_BUFFER_BIT);
+    islandMaskProgram->bind();
+    setMvp(*islandMaskProgram, combined);
+    islandMaskProgram->setUniformValue("drawMask", 0);
+    drawMesh(*mesh);
+    islandMaskProgram->release();
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    glReadPixels(x, y, 1, 1, GL_RED, GL_FLOAT, &value);
+    pickingFramebuffer->release();
     return int(value - 1.0f);
 }
 

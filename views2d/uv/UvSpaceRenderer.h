@@ -63,8 +63,8 @@ private:
     // shared with this one.
     void drawMesh(Mesh& mesh);
     // Draws into `framebuffer` (w x h, cleared to 0) with `program` bound and
-    // reads it back as RGBA bytes; the caller's viewport and clear colour are
-    // kept. `setUniforms` runs with the program bound.
+    // reads it back as RGBA bytes; the caller saves and restores its drawing
+    // state around it. `setUniforms` runs with the program bound.
     template <class SetUniforms>
     std::unique_ptr<unsigned char[]> renderAndRead(QOpenGLFramebufferObject& framebuffer, QOpenGLShaderProgram& program,
                                                    Mesh& mesh, SetUniforms setUniforms);
