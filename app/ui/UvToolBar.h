@@ -2,18 +2,20 @@
 
 #include "ProjectData.h"
 
-#include <QToolBar>
+#include <QWidget>
 
 class Preview2DExtended;
 class ProjectDocument;
 class QAction;
 class QComboBox;
+class QToolBar;
 
 // The generated view's UV tools: the layout and island selection switches,
 // island masks, the direction map from the mesh's geometry with its
-// "Auto mode", and seam fixing on the shown surface's output. Every change
-// to a map is one undo step; nothing is written while a run reads the store.
-class UvToolBar : public QToolBar
+// "Auto mode", and seam fixing on the shown surface's output, in two rows so
+// that they fit beside each other in a narrow view. Every change to a map is
+// one undo step; nothing is written while a run reads the store.
+class UvToolBar : public QWidget
 {
     Q_OBJECT
 public:
