@@ -240,13 +240,16 @@ void UvSeamFixer::pad(Image& layer, std::vector<uint8_t>& filled) const
     const int32_t width = int32_t(layer.width), height = int32_t(layer.height);
     const uint32_t channels = layer.channels();
     const bool normals = layer.format == Normal && channels >= 3;
-    std::vector<std::pair<uint64_t, std::vector<float>>> ring;
+    // The texels a pass fills and their values, flat: written after the pass.
+    std::vector<uint64_t> ring;
+    std::vector<float> ringValues;
     std::vector<float> sum(channels);
 
     // Each pass grows the filled area by one texel: an empty texel takes the
     // mean of its filled neighbours as they were before the pass.
     for (int pass = 0; pass < paddingTexels; ++pass) {
         ring.clear();
+        ringValues.clear();
         for (int32_t y = 0; y < height; ++y)
             for (int32_t x = 0; x < width; ++x) {
                 const uint64_t index = uint64_t(y) * width + x;
@@ -273,13 +276,14 @@ void UvSeamFixer::pad(Image& layer, std::vector<uint8_t>& filled) const
                     s /= float(count);
                 if (normals)
                     normalize3(sum.data());
-                ring.emplace_back(index, sum);
+                ring.push_back(index);
+                ringValues.insert(ringValues.end(), sum.begin(), sum.end());
             }
         if (ring.empty())
             break;
-        for (const auto& texel : ring) {
-            std::copy(texel.second.begin(), texel.second.end(), layer.data + texel.first * channels);
-            filled[texel.first] = 1;
+        for (size_t i = 0; i < ring.size(); ++i) {
+            std::copy_n(&ringValues[i * channels], channels, layer.data + ring[i] * channels);
+            filled[ring[i]] = 1;
         }
     }
 }
