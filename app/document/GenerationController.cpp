@@ -7,9 +7,12 @@
 #include "SurfaceSynthesisContext.h"
 #include "SynthesizerThread.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace {
+using Params = Velmor::ImageSynthesizer::ImageSynthesizerParams;
+
 int64_t steadyMs()
 {
     using namespace std::chrono;
@@ -52,6 +55,7 @@ bool GenerationController::start(SurfaceData* surface)
     latest = 0;
     startMs = clock();
     endMs = -1;
+    previewMs = startMs;
     // The run may replace the output; nobody reads it until the run says so.
     if (Velmor::ImageSynthesizer* synthesizer = surface->synthesizer())
         synthesizer->targetReady = false;
@@ -105,13 +109,14 @@ void GenerationController::onGenerationProgress(int value)
     if (!thread || cancelling)
         return;
     latest = value;
-    if (!ProgressThrottle::accept(clock()))
+    const int64_t now = clock();
+    if (!ProgressThrottle::accept(now))
         return;
     shown = value;
     markOutputReady(false);
     emit progressChanged(value);
     emit needRedraw();
-    emit outputChanged(runSurface);
+    followInPreview(now);
 }
 
 void GenerationController::onGenerationFinished()
@@ -153,6 +158,21 @@ void GenerationController::stopNow()
     endRun(true);
     // The surface belongs to the project being replaced.
     runSurface = nullptr;
+}
+
+void GenerationController::followInPreview(int64_t now)
+{
+    // The preview copies and uploads every layer at full size on each
+    // refresh: about a second for four 2048 x 2048 layers in software GL,
+    // time the GUI thread cannot answer a click.
+    const Params* params = runSurface->synthesizer() ? runSurface->synthesizer()->params : nullptr;
+    const double pixels = params ? double(params->targetWidth) * params->targetHeight : 0.0;
+    const int64_t interval = std::max<int64_t>(ProgressThrottle::intervalMs,
+                                               int64_t(ProgressThrottle::intervalMs * pixels / (512.0 * 512.0)));
+    if (now - previewMs < interval)
+        return;
+    previewMs = now;
+    emit outputChanged(runSurface);
 }
 
 void GenerationController::markOutputReady(bool runEnded)

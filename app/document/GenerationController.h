@@ -62,7 +62,9 @@ signals:
     void progressChanged(int value);
     // The views should repaint the output: throttled progress, end of a run.
     void needRedraw();
-    // New output of `surface` exists (for the 3D preview).
+    // New output of `surface` exists (for the 3D preview): at the start, at
+    // the end, and during a run every 500 ms for outputs up to 512 x 512,
+    // proportionally less often for larger ones.
     void outputChanged(Velmor::ProjectData::SurfaceData* surface);
     void finished(Velmor::ProjectData::SurfaceData* surface, bool cancelled);
 
@@ -73,6 +75,9 @@ private:
     void stopNow();
     // Marks the surface's output readable when its own synthesizer grows it.
     void markOutputReady(bool runEnded);
+    // Tells the 3D preview about new output, at most once per interval that
+    // grows with the output's size.
+    void followInPreview(int64_t now);
 
     ProjectDocument* document;
     Clock clock;
@@ -83,6 +88,7 @@ private:
     int latest = 0;
     int64_t startMs = 0;
     int64_t endMs = -1;
+    int64_t previewMs = 0; // when the preview was last told
 };
 
 Q_DECLARE_METATYPE(Velmor::ProjectData::SurfaceData*)

@@ -50,9 +50,11 @@ TEST_F(GenerationControllerTest, ThrottlesProgressAndEndsAtOneHundred)
     GenerationScene scene(document, files.path(), 48);
     QSignalSpy progress(&controller, &GenerationController::progressChanged);
     QSignalSpy redraws(&controller, &GenerationController::needRedraw);
+    QSignalSpy outputs(&controller, &GenerationController::outputChanged);
     QSignalSpy finished(&controller, &GenerationController::finished);
     ASSERT_TRUE(controller.start(scene.surface));
     ASSERT_EQ(progress.count(), 1);
+    EXPECT_EQ(outputs.count(), 1);
     EXPECT_EQ(progress.takeFirst().at(0).toInt(), 0);
 
     // The thread's own values wait in the event queue; these come first.
@@ -69,6 +71,7 @@ TEST_F(GenerationControllerTest, ThrottlesProgressAndEndsAtOneHundred)
     ASSERT_EQ(progress.count(), 1);
     EXPECT_EQ(progress.takeFirst().at(0).toInt(), 40);
     EXPECT_EQ(redraws.count(), 1);
+    EXPECT_EQ(outputs.count(), 2);
     EXPECT_EQ(controller.elapsedMs(), 800);
     EXPECT_EQ(controller.remainingMs(), 1200);
 
@@ -151,6 +154,30 @@ TEST_F(GenerationControllerTest, CancelStopsTheRunAndTheNextRunCompletes)
     ASSERT_TRUE(waitForEnd(finished));
     EXPECT_FALSE(finished.first().at(1).toBool());
     EXPECT_EQ(controller.shownProgress(), 100);
+}
+
+// The 3D preview re-uploads the whole output on every refresh: a 2048 x 2048
+// output refreshes it every 8 s, though the bar moves every 500 ms.
+TEST_F(GenerationControllerTest, PreviewFollowsLargeOutputsLessOften)
+{
+    GenerationScene scene(document, files.path(), 2048);
+    QSignalSpy progress(&controller, &GenerationController::progressChanged);
+    QSignalSpy outputs(&controller, &GenerationController::outputChanged);
+    QSignalSpy finished(&controller, &GenerationController::finished);
+    ASSERT_TRUE(controller.start(scene.surface));
+    controller.onGenerationProgress(1);
+    for (int value = 2; value <= 16; ++value) {
+        now += 500;
+        controller.onGenerationProgress(value);
+    }
+    EXPECT_EQ(progress.count(), 16); // 0, then 2 to 16
+    EXPECT_EQ(outputs.count(), 1);   // the start only: 7500 ms have passed
+    now += 500;
+    controller.onGenerationProgress(17);
+    EXPECT_EQ(outputs.count(), 2);
+    controller.cancel();
+    ASSERT_TRUE(waitForEnd(finished));
+    EXPECT_EQ(outputs.count(), 3); // the end
 }
 
 // Replacing the project while a run reads it stops the run first.
