@@ -133,7 +133,6 @@ GenerationPanel::GenerationPanel(ProjectDocument* document, Dialogs* dialogs, Ge
         }
     });
 
-    connect(controller, &GenerationController::progressChanged, progress, &QProgressBar::setValue);
     connect(controller, &GenerationController::progressChanged, this, &GenerationPanel::updateTimes);
     connect(controller, &GenerationController::needRedraw, this, &GenerationPanel::needRedraw);
     connect(controller, &GenerationController::runningChanged, this, [this](bool running) {
@@ -171,6 +170,7 @@ void GenerationPanel::setSurface(SurfaceData* shown)
     synthesizer->setSurface(shown);
     form->refresh();
     updateStates();
+    updateTimes();
 }
 
 void GenerationPanel::refresh()
@@ -196,7 +196,12 @@ void GenerationPanel::updateStates()
 
 void GenerationPanel::updateTimes()
 {
-    if (!controller->surface()) {
+    // The bar and times belong to the running or last run; another
+    // surface's finished run is not shown on this one's page.
+    const SurfaceData* runSurface = controller->surface();
+    const bool shown = runSurface && (runSurface == surface || controller->isRunning());
+    progress->setValue(shown ? controller->shownProgress() : 0);
+    if (!shown) {
         times->clear();
         return;
     }
@@ -204,7 +209,7 @@ void GenerationPanel::updateTimes()
     const int64_t left = controller->remainingMs();
     if (controller->isRunning() && left >= 0)
         text += tr(", about %1 left").arg(clockText(left));
-    if (controller->surface() != surface)
-        text = QString::fromStdString(controller->surface()->name) + QStringLiteral(": ") + text;
+    if (runSurface != surface)
+        text = QString::fromStdString(runSurface->name) + QStringLiteral(": ") + text;
     times->setText(text);
 }

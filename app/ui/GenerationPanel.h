@@ -51,6 +51,7 @@ private:
     void addMapChooser(const QString& label, Record* Velmor::ProjectData::SurfaceData::*map,
                        bool Velmor::ProjectData::SurfaceData::*use);
     void updateStates();
+    // The progress bar and the elapsed and remaining time.
     void updateTimes();
 
     ProjectDocument* document;
