@@ -7,6 +7,8 @@
 #include "SurfaceSynthesisContext.h"
 #include "SynthesizerThread.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <chrono>
 
@@ -28,6 +30,8 @@ GenerationController::GenerationController(ProjectDocument* document, QObject* p
     qRegisterMetaType<Velmor::ProjectData::SurfaceData*>();
     // The run reads the store that is about to go.
     connect(document, &ProjectDocument::projectAboutToBeReplaced, this, &GenerationController::stopNow);
+    if (QCoreApplication* application = QCoreApplication::instance())
+        connect(application, &QCoreApplication::aboutToQuit, this, &GenerationController::stopNow);
 }
 
 GenerationController::~GenerationController()
