@@ -211,6 +211,10 @@ void Preview3D::releaseGL()
     // Built-in shapes are remade in initializeGL, the others from their CPU
     // copies at the next frame.
     meshUploaded.fill(false);
+    if (announcedMesh) {
+        announcedMesh = nullptr;
+        emit ModelChanged(nullptr);
+    }
     for (auto& mesh : meshes)
         mesh.reset();
     triangle.reset();
@@ -262,6 +266,11 @@ void Preview3D::paintGL()
     if (!glReady)
         return;
     uploadPending();
+    Mesh* shown = meshOf(current.mesh);
+    if (shown != announcedMesh) {
+        announcedMesh = shown;
+        emit ModelChanged(shown);
+    }
     const QVector3D& background = current.backgroundColor;
     glClearColor(background.x(), background.y(), background.z(), 1.0f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);

@@ -60,6 +60,10 @@ public:
 
 signals:
     void cameraChanged();
+    // The mesh drawn now, whenever it changes; null before the first frame
+    // and when the context goes. Views that draw it in UV space share this
+    // context's buffers and must not keep the pointer past the next signal.
+    void ModelChanged(Mesh* mesh);
 
 protected:
     void initializeGL() override;
@@ -90,6 +94,7 @@ private:
     std::array<bool, 7> meshUploaded{};
 
     bool glReady = false;
+    Mesh* announcedMesh = nullptr;
     std::array<std::unique_ptr<Mesh>, 7> meshes;
     std::unique_ptr<Mesh> triangle;
     // [program class][tangent-space variant]

@@ -105,6 +105,32 @@ void Preview2DExtended::setScalesVisible(bool on)
     update();
 }
 
+void Preview2DExtended::ModelChanged(Mesh* mesh)
+{
+    uv.setMesh(mesh);
+    update();
+}
+
+bool Preview2DExtended::generateAutoDirection()
+{
+    if (!glReady())
+        return false;
+    makeCurrent();
+    const bool done = uv.generateAutoDirection();
+    doneCurrent();
+    return done;
+}
+
+std::vector<MeshVertex> Preview2DExtended::meshVertices()
+{
+    if (!glReady())
+        return {};
+    makeCurrent();
+    std::vector<MeshVertex> vertices = uv.meshVertices();
+    doneCurrent();
+    return vertices;
+}
+
 void Preview2DExtended::setOverlayImage(Overlay overlay, const Image* image)
 {
     overlayImages[overlay] = image;
@@ -154,6 +180,14 @@ void Preview2DExtended::uploadOverlay(Overlay overlay)
 void Preview2DExtended::mousePressEvent(QMouseEvent* event)
 {
     Preview2D::mousePressEvent(event);
+    // In island selection mode a click masks the island under the cursor,
+    // Shift adding it to the mask.
+    if (event->button() == Qt::LeftButton && uv.isIslandSelection() && uv.mesh()) {
+        uv.setCursor(event->localPos(), true);
+        uv.requestIslandMask(event->modifiers() & Qt::ShiftModifier);
+        update();
+        return;
+    }
     if (event->button() == Qt::LeftButton && activeTool && !strokeActive) {
         strokeActive = true;
         activeTool->press(textureAt(event->localPos()));
@@ -175,6 +209,9 @@ void Preview2DExtended::mouseMoveEvent(QMouseEvent* event)
     Preview2D::mouseMoveEvent(event);
     cursor = textureAt(event->localPos());
     cursorInside = true;
+    uv.setCursor(event->localPos(), true);
+    if (uv.isIslandSelection())
+        update();
     if (strokeActive && activeTool)
         activeTool->move(cursor);
 }
@@ -182,6 +219,7 @@ void Preview2DExtended::mouseMoveEvent(QMouseEvent* event)
 void Preview2DExtended::leaveEvent(QEvent* event)
 {
     cursorInside = false;
+    uv.setCursor(QPointF(), false);
     update();
     Preview2D::leaveEvent(event);
 }
@@ -201,6 +239,7 @@ void Preview2DExtended::releaseGL()
 {
     if (!glReady())
         return;
+    uv.releaseGL();
     for (auto& texture : overlayTextures)
         texture.reset();
     maskProgram.reset();
@@ -227,6 +266,7 @@ void Preview2DExtended::paintGL()
         drawPointOverlay(DirectionOverlay, arrowProgram.get(), "dirMap");
     if (overlayVisible[ScaleOverlay])
         drawPointOverlay(ScaleOverlay, circleProgram.get(), "scaleMap");
+    uv.paint(combinedMatrix(), size() * devicePixelRatioF(), devicePixelRatioF(), image());
     drawOutline();
     glDisable(GL_BLEND);
 }

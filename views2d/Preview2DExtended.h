@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Preview2D.h"
+#include "UvOverlay.h"
 
 #include <memory>
 
@@ -39,6 +40,17 @@ public:
     void setMaskVisible(bool on);
     void setDirectionsVisible(bool on);
     void setScalesVisible(bool on);
+
+    // The mesh in UV space: layout, island masks, auto direction.
+    UvOverlay* uvOverlay() { return &uv; }
+    // With this view's context current: the direction map from the mesh's
+    // geometry, and the mesh's vertices for seam fixing.
+    bool generateAutoDirection();
+    std::vector<MeshVertex> meshVertices();
+
+public slots:
+    // The mesh the 3D preview draws; null when there is none.
+    void ModelChanged(Mesh* mesh);
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
@@ -81,4 +93,6 @@ private:
     std::unique_ptr<QOpenGLShaderProgram> arrowProgram;
     std::unique_ptr<QOpenGLShaderProgram> circleProgram;
     std::unique_ptr<QOpenGLShaderProgram> whiteProgram;
+
+    UvOverlay uv;
 };

@@ -2,6 +2,8 @@
 
 #include "GeneratedViewPane.h"
 #include "InputViewPane.h"
+#include "Preview2DExtended.h"
+#include "Preview3D.h"
 #include "PreviewArea.h"
 
 CentralArea::CentralArea(ProjectDocument* document, QWidget* parent)
@@ -21,6 +23,8 @@ CentralArea::CentralArea(ProjectDocument* document, QWidget* parent)
     setSizes({3000, 2000});
     connect(input, &InputViewPane::readoutChanged, this, &CentralArea::readoutChanged);
     connect(generated, &GeneratedViewPane::readoutChanged, this, &CentralArea::readoutChanged);
+    // The generated view draws the preview's mesh in UV space.
+    connect(preview->preview(), &Preview3D::ModelChanged, generated->view(), &Preview2DExtended::ModelChanged);
 }
 
 Preview2D* CentralArea::inputView() const

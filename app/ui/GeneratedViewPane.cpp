@@ -5,6 +5,7 @@
 #include "ProjectDocument.h"
 #include "RecordRef.h"
 #include "ViewBar.h"
+#include "UvToolBar.h"
 #include "ViewSources.h"
 
 #include <QCheckBox>
@@ -12,6 +13,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 using Velmor::ProjectData;
 
@@ -25,6 +27,7 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
     , scaleOverlay(new QCheckBox(tr("Scales")))
     , normalise(new QCheckBox(tr("Normalise")))
     , sizeLabel(new QLabel)
+    , uvBar(new UvToolBar(document, preview))
 {
     preview->setObjectName(QStringLiteral("GeneratedView"));
     preview->setLabelText(tr("Generated"));
@@ -49,6 +52,9 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
                              static_cast<QWidget*>(scaleOverlay), static_cast<QWidget*>(normalise),
                              static_cast<QWidget*>(sizeLabel)})
         bar.row->insertWidget(column++, control);
+    // The UV tools sit in a strip of their own between the bar and the view.
+    if (auto* column = qobject_cast<QVBoxLayout*>(layout()))
+        column->insertWidget(1, uvBar);
     connect(bar.zoomOneToOne, &QPushButton::clicked, preview, &Preview2D::zoomOneToOne);
     connect(bar.zoomToFit, &QPushButton::clicked, preview, &Preview2D::zoomToFit);
     connect(normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);
@@ -66,18 +72,20 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
     // The shown images belong to records: let go of them before they go.
     connect(document, &ProjectDocument::projectAboutToBeReplaced, this, [this] {
         shownSurface = nullptr;
+        uvBar->forget();
         forget();
     });
     connect(document, &ProjectDocument::recordAboutToBeRemoved, this, [this](const RecordRef& removed) {
         if (removed.surface() && removed.surface() == shownSurface)
             shownSurface = nullptr;
+        uvBar->forget();
         forget();
     });
     connect(document, &ProjectDocument::recordRemoved, this, &GeneratedViewPane::refresh);
     connect(document, &ProjectDocument::recordChanged, this, [this](const RecordRef& changed) {
         if (changed.surface() && changed.surface() == shownSurface)
             refresh();
-        else if (changed.directionMap() || changed.scaleMap())
+        else if (changed.directionMap() || changed.scaleMap() || changed.mask())
             refreshOverlays();
     });
     // A run may replace the output's images when it starts: hold no pointer
@@ -114,6 +122,7 @@ void GeneratedViewPane::refresh()
     chooser->setEnabled(chooser->count() > 0);
     showLayer();
     refreshOverlays();
+    uvBar->setSurface(shownSurface);
 }
 
 void GeneratedViewPane::refreshOverlays()

@@ -10,6 +10,7 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class RecordRef;
+class UvToolBar;
 
 // The generated view with its bar: the output of the last selected surface,
 // one layer at a time, with the output mask (the project mask), the
@@ -23,6 +24,7 @@ public:
     Preview2DExtended* view() const { return preview; }
     Velmor::ProjectData::SurfaceData* surface() const { return shownSurface; }
     QComboBox* layerChooser() const { return chooser; }
+    UvToolBar* uvToolBar() const { return uvBar; }
 
 public slots:
     // Surfaces become the shown one; other records change nothing.
@@ -49,4 +51,5 @@ private:
     QCheckBox* scaleOverlay;
     QCheckBox* normalise;
     QLabel* sizeLabel;
+    UvToolBar* uvBar;
 };

@@ -4,6 +4,7 @@
 #include "CentralArea.h"
 #include "DialogsSwitch.h"
 #include "DropImport.h"
+#include "GeneratedViewPane.h"
 #include "GenerationController.h"
 #include "GenerationPanel.h"
 #include "LogDock.h"
@@ -16,6 +17,7 @@
 #include "PreviewSelection.h"
 #include "PreviewSettings.h"
 #include "PropertiesDock.h"
+#include "UvToolBar.h"
 #include "WidgetDialogs.h"
 
 #include <QAction>
@@ -200,6 +202,18 @@ void MainWindow::createMenus()
     }
     mesh->addSeparator();
     mesh->addAction(importModel);
+
+    // The generated view's UV tools, also in its own strip.
+    QMenu* uv = menuBar()->addMenu(tr("&UV"));
+    const UvToolBar* uvTools = central->generatedPane()->uvToolBar();
+    uv->addAction(uvTools->layoutAction());
+    uv->addAction(uvTools->islandSelectionAction());
+    uv->addSeparator();
+    uv->addAction(uvTools->islandMaskAction());
+    uv->addAction(uvTools->allIslandsMaskAction());
+    uv->addAction(uvTools->autoDirectionAction());
+    uv->addSeparator();
+    uv->addAction(uvTools->fixSeamsAction());
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     QAction* about = help->addAction(tr("About Ondrels"));

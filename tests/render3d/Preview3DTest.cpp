@@ -211,6 +211,36 @@ TEST_F(Preview3DTest, MeshChoicesDrawTheirShapesAndUnknownOnesNothing)
     }
 }
 
+TEST_F(Preview3DTest, ModelChangedAnnouncesTheDrawnMesh)
+{
+    std::vector<Mesh*> announced;
+    QObject::connect(&preview, &Preview3D::ModelChanged, [&](Mesh* mesh) { announced.push_back(mesh); });
+    // An unknown choice draws nothing: null.
+    PreviewSettings settings = planeSettings(NoLighting);
+    settings.mesh = 42;
+    preview.setSettings(settings);
+    preview.grabFramebuffer();
+    ASSERT_EQ(announced.size(), 1u);
+    EXPECT_EQ(announced.back(), nullptr);
+
+    settings.mesh = PreviewSettings::SphereMesh;
+    preview.setSettings(settings);
+    preview.grabFramebuffer();
+    ASSERT_EQ(announced.size(), 2u);
+    ASSERT_NE(announced.back(), nullptr);
+    EXPECT_GT(announced.back()->triangleCount, 1000);
+
+    // Only a change is announced.
+    preview.grabFramebuffer();
+    EXPECT_EQ(announced.size(), 2u);
+    settings.mesh = PreviewSettings::PlaneMesh;
+    preview.setSettings(settings);
+    preview.grabFramebuffer();
+    ASSERT_EQ(announced.size(), 3u);
+    ASSERT_NE(announced.back(), nullptr);
+    EXPECT_EQ(announced.back()->triangleCount, 2);
+}
+
 TEST_F(Preview3DTest, MouseOrbitsPansAndZoomsAndResetRestores)
 {
     preview.resetCamera();
