@@ -1,0 +1,126 @@
+#include "CentralArea.h"
+#include "DocumentTestSupport.h"
+#include "GeneratedViewPane.h"
+#include "ImageSynthesizer.h"
+#include "InputViewPane.h"
+#include "LayeredImage.h"
+#include "Preview2DExtended.h"
+#include "ProjectEdits.h"
+
+#include <gtest/gtest.h>
+
+#include <QComboBox>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+using ProjectData = Velmor::ProjectData;
+
+namespace {
+
+void fill(Image& image, float r, float g, float b)
+{
+    for (uint64_t i = 0; i < image.pixelCount(); ++i) {
+        image.data[i * 3] = r;
+        image.data[i * 3 + 1] = g;
+        image.data[i * 3 + 2] = b;
+    }
+}
+
+QRgb centreOf(Preview2D* view)
+{
+    const QImage frame = view->grabFramebuffer();
+    return frame.pixel(frame.width() / 2, frame.height() / 2);
+}
+
+} // namespace
+
+TEST(CentralArea, ViewsFollowTheSelectionTheOutputAndRemovals)
+{
+    QTemporaryDir files;
+    ProjectDocument document;
+    const std::vector<RecordRef> textures = ProjectEdits::importImages(
+        document, {writePng(files.path(), "a.png"), writePng(files.path(), "b.png", true)});
+    ASSERT_EQ(textures.size(), 2u);
+    ProjectData::SurfaceData* surface = ProjectEdits::newSurface(document).surface();
+    ProjectEdits::setLayers(document, surface, {{"color", textures[0].texture(), ProjectData::LayerMode::Color}},
+                            "Layers");
+
+    CentralArea area(&document);
+    area.resize(900, 600);
+    area.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&area));
+    for (const char* name : {"InputZoom11", "InputZoomFit", "GeneratedZoom11", "GeneratedZoomFit"})
+        EXPECT_NE(area.findChild<QPushButton*>(name), nullptr) << name;
+
+    // A texture, then the project mask from the chooser.
+    area.showRecord(textures[1]);
+    EXPECT_EQ(area.inputView()->image(), &textures[1].texture()->image);
+    QComboBox* sources = area.inputPane()->sourceChooser();
+    ASSERT_EQ(sources->count(), 2);
+    emit sources->activated(1);
+    EXPECT_EQ(area.inputView()->image(), &document.store().projectMask);
+
+    // A surface: its first layer in the input view, no output yet.
+    area.showRecord(RecordRef(surface));
+    EXPECT_EQ(area.inputView()->image(), &textures[0].texture()->image);
+    EXPECT_EQ(area.generatedView()->image(), nullptr);
+    EXPECT_FALSE(area.generatedPane()->layerChooser()->isEnabled());
+
+    // Output appears and grows: each refresh shows the current pixels.
+    LayeredImage source;
+    source.setLayer("color", new Image(4, 4, RGB));
+    surface->synthesizer()->setInputs(&source, 8, 8, nullptr, nullptr, nullptr);
+    surface->synthesizer()->forgetInputs();
+    source.deleteLayers();
+    Image* output = surface->synthesizer()->target->layer("color");
+    ASSERT_NE(output, nullptr);
+    fill(*output, 1.0f, 0.0f, 0.0f);
+    area.refreshViews();
+    EXPECT_EQ(area.generatedView()->image(), output);
+    EXPECT_EQ(centreOf(area.generatedView()), qRgb(255, 0, 0));
+    fill(*output, 0.0f, 1.0f, 0.0f);
+    area.refreshViews();
+    EXPECT_EQ(centreOf(area.generatedView()), qRgb(0, 255, 0));
+
+    // The fit button: a square image in a wide view is as tall as the view.
+    area.findChild<QPushButton*>("GeneratedZoomFit")->click();
+    EXPECT_FLOAT_EQ(area.generatedView()->transform().zoom, 1.0f);
+
+    // The read-out names the view, the pixel and its stored value.
+    float* pixel = output->data + 3 * (5 + 8 * 2);
+    pixel[0] = 0.25f;
+    pixel[2] = 0.75f;
+    QSignalSpy readouts(&area, &CentralArea::readoutChanged);
+    Preview2DExtended* generated = area.generatedView();
+    const QPoint over = generated->transform()
+                            .textureToScreen(QPointF(5.5 / 8, 2.5 / 8), generated->size(), 1.0f)
+                            .toPoint();
+    QMouseEvent move(QEvent::MouseMove, over, generated->mapToGlobal(over), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(generated, &move);
+    ASSERT_EQ(readouts.count(), 1);
+    EXPECT_EQ(readouts.at(0).at(0).toString().toStdString(), "Generated: x 5  y 2  0.250 1.000 0.750");
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(generated, &leave);
+    ASSERT_EQ(readouts.count(), 2);
+    EXPECT_TRUE(readouts.at(1).at(0).toString().isEmpty());
+
+    // While a run may replace the output's images the view holds none.
+    document.setReadOnly(true);
+    EXPECT_EQ(area.generatedView()->image(), nullptr);
+    document.setReadOnly(false);
+    EXPECT_EQ(area.generatedView()->image(), output);
+
+    // Removing the shown texture leaves the project mask, not a dangling image.
+    area.showRecord(textures[1]);
+    ProjectEdits::remove(document, textures[1]);
+    EXPECT_EQ(area.inputView()->image(), &document.store().projectMask);
+
+    // A new project: nothing of the old one stays shown.
+    document.replaceProject(std::make_unique<ProjectData>(), QString());
+    EXPECT_EQ(area.generatedView()->image(), nullptr);
+    EXPECT_EQ(area.inputView()->image(), &document.store().projectMask);
+    area.grab(); // paints without touching the old records
+}
