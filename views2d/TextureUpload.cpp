@@ -5,14 +5,24 @@
 #include <algorithm>
 #include <cmath>
 
-std::vector<float> normalDisplayPixels(const Image& image)
+std::vector<float> normalDisplayPixels(const Image& image, bool mapUnmapped)
 {
     std::vector<float> pixels;
     if (image.isEmpty() || image.format != Normal)
         return pixels;
     pixels.assign(image.data, image.data + image.pixelCount() * 3);
-    for (uint64_t i = 0; i < image.pixelCount(); ++i)
-        image.normalToColour(&pixels[i * 3]);
+    const bool mapXY = mapUnmapped && !image.mappedNormalXY;
+    const bool mapZ = mapUnmapped && !image.mappedNormalZ;
+    for (uint64_t i = 0; i < image.pixelCount(); ++i) {
+        float* v = &pixels[i * 3];
+        image.normalToColour(v);
+        if (mapXY) {
+            v[0] = v[0] * 0.5f + 0.5f;
+            v[1] = v[1] * 0.5f + 0.5f;
+        }
+        if (mapZ)
+            v[2] = v[2] * 0.5f + 0.5f;
+    }
     return pixels;
 }
 
@@ -65,7 +75,7 @@ TextureUpload textureUploadOf(const Image& image, bool normalise)
     case Normal:
         upload.sourceFormat = GL_RGB;
         upload.internalFormat = GL_RGB;
-        upload.converted = normalDisplayPixels(image);
+        upload.converted = normalDisplayPixels(image, normalise);
         upload.pixels = upload.converted.data();
         return upload;
     default:

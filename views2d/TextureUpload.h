@@ -12,8 +12,10 @@
 // 16-bit files (read as v / 65535) show with 8-bit precision. With
 // `normalise` set, the colour channels of Gray, RGB and RGBA images are
 // stretched from their own minimum..maximum to 0..1 first, which makes HDR
-// pictures and faint 16-bit height maps readable; alpha and Normal vectors
-// are never stretched.
+// pictures and faint 16-bit height maps readable; alpha is never stretched.
+// For Normal images `normalise` maps the components stored unmapped (-1..1,
+// such as direction maps) to v * 0.5 + 0.5 after the usual conversion, so
+// that every direction shows instead of clamping to black.
 struct TextureUpload
 {
     unsigned sourceFormat = 0;   // GL_LUMINANCE, GL_RGB or GL_RGBA; 0 uploads nothing
@@ -28,7 +30,8 @@ TextureUpload textureUploadOf(const Image& image, bool normalise = false);
 // The colours a Normal image shows as: three floats per pixel, X negated when
 // flipped in X, then Y when flipped in Y, then X and Y mapped to v * 0.5 + 0.5
 // when stored mapped, then Z likewise.
-std::vector<float> normalDisplayPixels(const Image& image);
+// With `mapUnmapped` the components stored unmapped are mapped as well.
+std::vector<float> normalDisplayPixels(const Image& image, bool mapUnmapped = false);
 
 // Colour channels (not alpha) stretched from their minimum..maximum to 0..1;
 // a flat image is left as it is.

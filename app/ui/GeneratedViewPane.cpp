@@ -23,7 +23,6 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
     , maskOverlay(new QCheckBox(tr("Mask")))
     , directionOverlay(new QCheckBox(tr("Directions")))
     , scaleOverlay(new QCheckBox(tr("Scales")))
-    , normalise(new QCheckBox(tr("Normalise")))
     , sizeLabel(new QLabel)
 {
     preview->setObjectName(QStringLiteral("GeneratedView"));
@@ -38,20 +37,16 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
     directionOverlay->setToolTip(tr("Arrows of the surface's direction map"));
     scaleOverlay->setObjectName(QStringLiteral("GeneratedScaleOverlay"));
     scaleOverlay->setToolTip(tr("Circles of the surface's scale map"));
-    normalise->setObjectName(QStringLiteral("GeneratedNormalise"));
-    normalise->setToolTip(tr("Stretch the values from their minimum to their maximum: for float images outside "
-                             "0..1 and faint 16-bit images. Otherwise values are clamped to 0..1."));
 
     const ViewBar bar = makeViewBar(this, preview, QStringLiteral("Generated"));
     int column = 0;
     bar.row->insertWidget(column++, chooser, 1);
     for (QWidget* control : {static_cast<QWidget*>(maskOverlay), static_cast<QWidget*>(directionOverlay),
-                             static_cast<QWidget*>(scaleOverlay), static_cast<QWidget*>(normalise),
-                             static_cast<QWidget*>(sizeLabel)})
+                             static_cast<QWidget*>(scaleOverlay), static_cast<QWidget*>(sizeLabel)})
         bar.row->insertWidget(column++, control);
     connect(bar.zoomOneToOne, &QPushButton::clicked, preview, &Preview2D::zoomOneToOne);
     connect(bar.zoomToFit, &QPushButton::clicked, preview, &Preview2D::zoomToFit);
-    connect(normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);
+    connect(bar.normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);
     connect(maskOverlay, &QCheckBox::toggled, preview, &Preview2DExtended::setMaskVisible);
     connect(directionOverlay, &QCheckBox::toggled, preview, &Preview2DExtended::setDirectionsVisible);
     connect(scaleOverlay, &QCheckBox::toggled, preview, &Preview2DExtended::setScalesVisible);

@@ -47,6 +47,5 @@ private:
     QCheckBox* maskOverlay;
     QCheckBox* directionOverlay;
     QCheckBox* scaleOverlay;
-    QCheckBox* normalise;
     QLabel* sizeLabel;
 };

@@ -17,7 +17,6 @@ InputViewPane::InputViewPane(ProjectDocument* document, QWidget* parent)
     , document(document)
     , preview(new Preview2D)
     , chooser(new QComboBox)
-    , normalise(new QCheckBox(tr("Normalise")))
     , sizeLabel(new QLabel)
 {
     preview->setObjectName(QStringLiteral("InputView"));
@@ -26,17 +25,13 @@ InputViewPane::InputViewPane(ProjectDocument* document, QWidget* parent)
     chooser->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     chooser->setMinimumContentsLength(14);
     chooser->setToolTip(tr("The image of the selected record to show"));
-    normalise->setObjectName(QStringLiteral("InputNormalise"));
-    normalise->setToolTip(tr("Stretch the values from their minimum to their maximum: for float images outside "
-                             "0..1 and faint 16-bit images. Otherwise values are clamped to 0..1."));
 
     const ViewBar bar = makeViewBar(this, preview, QStringLiteral("Input"));
     bar.row->insertWidget(0, chooser, 1);
-    bar.row->insertWidget(1, normalise);
-    bar.row->insertWidget(2, sizeLabel);
+    bar.row->insertWidget(1, sizeLabel);
     connect(bar.zoomOneToOne, &QPushButton::clicked, preview, &Preview2D::zoomOneToOne);
     connect(bar.zoomToFit, &QPushButton::clicked, preview, &Preview2D::zoomToFit);
-    connect(normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);
+    connect(bar.normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);
     connect(chooser, QOverload<int>::of(&QComboBox::activated), this, &InputViewPane::showChoice);
 
     connect(preview, &Preview2D::hovered, this, [this](QPointF texture) {

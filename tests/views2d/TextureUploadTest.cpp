@@ -102,9 +102,13 @@ TEST(TextureUploadTest, NormaliseStretchesColourButNotAlpha)
     EXPECT_FLOAT_EQ(normalisedPixels(faint)[1], 1.0f);
     Image flat = filled(3, 1, Gray, {2.0f});
     EXPECT_FLOAT_EQ(normalisedPixels(flat)[0], 2.0f);
-    // Normal images keep their own conversion.
-    Image normal = filled(1, 1, Normal, {0.0f, 0.0f, 1.0f});
-    EXPECT_FLOAT_EQ(textureUploadOf(normal, true).pixels[2], 1.0f);
+    // Normal images map what is stored unmapped, and only that.
+    Image normal = filled(1, 1, Normal, {-1.0f, 0.5f, 1.0f});
+    normal.mappedNormalZ = true;
+    const TextureUpload vectors = textureUploadOf(normal, true);
+    EXPECT_FLOAT_EQ(vectors.pixels[0], 0.0f);
+    EXPECT_FLOAT_EQ(vectors.pixels[1], 0.75f);
+    EXPECT_FLOAT_EQ(vectors.pixels[2], 1.0f);
 }
 
 TEST(PixelReadoutTest, ReadsTheStoredPixelUnderTheCursor)
