@@ -24,6 +24,7 @@ QString kindName(RecordKind kind)
     case RecordKind::DirectionMap: return QStringLiteral("Direction Map");
     case RecordKind::ScaleMap: return QStringLiteral("Scale Map");
     case RecordKind::Model: return QStringLiteral("Model");
+    case RecordKind::ProjectMask:
     case RecordKind::None: break;
     }
     return QString();
@@ -173,6 +174,7 @@ void forEachReference(ProjectDocument& document, const RecordRef& record, Visit 
             }
             break;
         case RecordKind::Model:
+        case RecordKind::ProjectMask:
         case RecordKind::None: break;
         }
     }
@@ -191,6 +193,7 @@ void rename(ProjectDocument& document, const RecordRef& record, const QString& n
     case RecordKind::DirectionMap: renameIn(document, record.directionMap(), record, base); break;
     case RecordKind::ScaleMap: renameIn(document, record.scaleMap(), record, base); break;
     case RecordKind::Model: renameIn(document, record.model(), record, base); break;
+    case RecordKind::ProjectMask:
     case RecordKind::None: break;
     }
 }
@@ -227,6 +230,7 @@ RecordRef duplicate(ProjectDocument& document, const RecordRef& record)
         copy->name = ProjectData::makeUniqueName(record.model()->name, store.models);
         return pushCopy(document, record.model(), std::move(copy));
     }
+    case RecordKind::ProjectMask:
     case RecordKind::None: break;
     }
     return RecordRef();
@@ -284,6 +288,7 @@ void remove(ProjectDocument& document, const RecordRef& record)
         break;
     case RecordKind::ScaleMap: document.push(new RemoveRecordCommand(&document, record.scaleMap(), text)); break;
     case RecordKind::Model: document.push(new RemoveRecordCommand(&document, record.model(), text)); break;
+    case RecordKind::ProjectMask:
     case RecordKind::None: break;
     }
     stack->endMacro();

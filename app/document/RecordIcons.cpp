@@ -109,6 +109,7 @@ QIcon forRecord(const RecordRef& record)
     case RecordKind::DirectionMap: return glyphIcon(DirectionGlyph);
     case RecordKind::ScaleMap: return glyphIcon(ScaleGlyph);
     case RecordKind::Model: return glyphIcon(ModelGlyph);
+    case RecordKind::ProjectMask:
     case RecordKind::None: break;
     }
     return QIcon();

@@ -8,6 +8,7 @@ std::string RecordRef::name() const
     case RecordKind::DirectionMap: return directionMap()->name;
     case RecordKind::ScaleMap: return scaleMap()->name;
     case RecordKind::Model: return model()->name;
+    case RecordKind::ProjectMask: return "Project Mask";
     case RecordKind::None: break;
     }
     return std::string();
@@ -19,6 +20,7 @@ Image* RecordRef::image() const
     case RecordKind::Texture: return &texture()->image;
     case RecordKind::DirectionMap: return &directionMap()->image;
     case RecordKind::ScaleMap: return &scaleMap()->image;
+    case RecordKind::ProjectMask: return mask();
     default: return nullptr;
     }
 }

@@ -13,7 +13,9 @@ enum class RecordKind
     Texture,
     DirectionMap,
     ScaleMap,
-    Model
+    Model,
+    // The store's project mask, the output mask: an image, not a list entry.
+    ProjectMask
 };
 
 // A non-owning reference to one record of the open project, tagged with its
@@ -31,6 +33,14 @@ struct RecordRef
     RecordRef(ProjectData::DirectionMapData* r) : kind(r ? RecordKind::DirectionMap : RecordKind::None), record(r) {}
     RecordRef(ProjectData::ScaleMapData* r) : kind(r ? RecordKind::ScaleMap : RecordKind::None), record(r) {}
     RecordRef(ProjectData::ModelData* r) : kind(r ? RecordKind::Model : RecordKind::None), record(r) {}
+    // The project mask of `store`.
+    static RecordRef projectMask(ProjectData& store)
+    {
+        RecordRef ref;
+        ref.kind = RecordKind::ProjectMask;
+        ref.record = &store.projectMask;
+        return ref;
+    }
 
     bool isNull() const { return record == nullptr; }
     bool operator==(const RecordRef& other) const { return record == other.record && kind == other.kind; }
@@ -45,10 +55,13 @@ struct RecordRef
     }
     ProjectData::ScaleMapData* scaleMap() const { return get<ProjectData::ScaleMapData>(RecordKind::ScaleMap); }
     ProjectData::ModelData* model() const { return get<ProjectData::ModelData>(RecordKind::Model); }
+    Image* mask() const { return get<Image>(RecordKind::ProjectMask); }
 
-    // The record's name, empty for a null reference.
+    // The record's name, empty for a null reference; "Project Mask" for the
+    // project mask.
     std::string name() const;
-    // The image a browser thumbnail or view shows: textures and maps only.
+    // The image a browser thumbnail or view shows: textures, maps and the
+    // project mask only.
     Image* image() const;
 
 private:
