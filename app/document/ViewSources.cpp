@@ -42,7 +42,7 @@ std::vector<InputChoice> inputChoices(ProjectData& store, const RecordRef& recor
         if (surface->scaleMap)
             choices.push_back({QStringLiteral("Scale Map: %1").arg(text(surface->scaleMap->name)),
                                &surface->scaleMap->image});
-    } else if (const Image* image = record.image()) {
+    } else if (const Image* image = record.mask() ? nullptr : record.image()) {
         choices.push_back({text(record.name()), image});
     }
     choices.push_back({QStringLiteral("Project Mask"), &store.projectMask});

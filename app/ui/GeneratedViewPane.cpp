@@ -72,7 +72,7 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
     connect(document, &ProjectDocument::recordChanged, this, [this](const RecordRef& changed) {
         if (changed.surface() && changed.surface() == shownSurface)
             refresh();
-        else if (changed.directionMap() || changed.scaleMap())
+        else if (changed.directionMap() || changed.scaleMap() || changed.mask())
             refreshOverlays();
     });
     // A run may replace the output's images when it starts: hold no pointer

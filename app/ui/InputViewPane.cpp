@@ -52,9 +52,10 @@ InputViewPane::InputViewPane(ProjectDocument* document, QWidget* parent)
         forget();
     });
     connect(document, &ProjectDocument::recordRemoved, this, &InputViewPane::refresh);
-    // A surface shows its textures and maps: their edits show too.
+    // A surface shows its textures and maps, and every record the project
+    // mask: their edits show too.
     connect(document, &ProjectDocument::recordChanged, this, [this](const RecordRef& changed) {
-        if (changed == record || (record.surface() && !changed.surface() && !changed.model()))
+        if (changed == record || changed.mask() || (record.surface() && !changed.surface() && !changed.model()))
             refresh();
     });
     refresh();

@@ -1,6 +1,7 @@
 #include "CentralArea.h"
 #include "DocumentTestSupport.h"
 #include "GeneratedViewPane.h"
+#include "ImageEditCommand.h"
 #include "ImageSynthesizer.h"
 #include "InputViewPane.h"
 #include "LayeredImage.h"
@@ -9,11 +10,13 @@
 
 #include <gtest/gtest.h>
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QUndoStack>
 
 using ProjectData = Velmor::ProjectData;
 
@@ -106,6 +109,18 @@ TEST(CentralArea, ViewsFollowTheSelectionTheOutputAndRemovals)
     QApplication::sendEvent(generated, &leave);
     ASSERT_EQ(readouts.count(), 2);
     EXPECT_TRUE(readouts.at(1).at(0).toString().isEmpty());
+
+    // The mask overlay follows an edit of the project mask, and its undo.
+    area.findChild<QCheckBox*>("GeneratedMaskOverlay")->click();
+    EXPECT_EQ(centreOf(area.generatedView()), qRgb(32, 191, 64)); // masked in: light tint
+    Image& mask = document.store().projectMask;
+    const Image before = mask;
+    std::fill(mask.data, mask.data + mask.floatCount(), 0.0f);
+    document.push(new ImageEditCommand(&document, RecordRef::projectMask(document.store()), &mask, before, "Mask"));
+    EXPECT_EQ(centreOf(area.generatedView()), qRgb(96, 64, 191)); // masked out: strong tint
+    document.undoStack()->undo();
+    EXPECT_EQ(centreOf(area.generatedView()), qRgb(32, 191, 64));
+    area.findChild<QCheckBox*>("GeneratedMaskOverlay")->click();
 
     // While a run may replace the output's images the view holds none.
     document.setReadOnly(true);

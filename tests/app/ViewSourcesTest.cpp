@@ -33,9 +33,11 @@ TEST(ViewSources, InputChoicesFollowTheSelectedRecord)
     choices = ViewSources::inputChoices(store, RecordRef(texture));
     ASSERT_EQ(choices.size(), 2u);
     EXPECT_EQ(choices[0].image, &texture->image);
-    choices = ViewSources::inputChoices(store, RecordRef());
-    ASSERT_EQ(choices.size(), 1u);
-    EXPECT_EQ(choices[0].image, &store.projectMask);
+    for (const RecordRef& alone : {RecordRef(), RecordRef::projectMask(store)}) {
+        choices = ViewSources::inputChoices(store, alone);
+        ASSERT_EQ(choices.size(), 1u);
+        EXPECT_EQ(choices[0].image, &store.projectMask);
+    }
 }
 
 TEST(ViewSources, OutputLayersComeFromTheSynthesizersTarget)
