@@ -9,10 +9,11 @@ namespace ViewSources {
 
 namespace {
 
+// Only an output marked ready: a run may still replace one that is not.
 const LayeredImage* outputOf(const ProjectData::SurfaceData* surface)
 {
     const Velmor::ImageSynthesizer* synthesizer = surface ? surface->synthesizer() : nullptr;
-    return synthesizer ? synthesizer->target : nullptr;
+    return synthesizer && synthesizer->targetReady ? synthesizer->target : nullptr;
 }
 
 QString text(const std::string& utf8)

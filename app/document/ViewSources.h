@@ -26,7 +26,8 @@ struct InputChoice
 // the project mask alone.
 std::vector<InputChoice> inputChoices(Velmor::ProjectData& store, const RecordRef& record);
 
-// Layer names of the surface's output, in layer order; empty without output.
+// Layer names of the surface's output, in layer order; empty without output
+// or while the output is not marked ready (targetReady).
 std::vector<std::string> outputLayerNames(const Velmor::ProjectData::SurfaceData* surface);
 // The output layer called `name`, or null when the surface has no output or
 // no such layer.

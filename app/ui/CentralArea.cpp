@@ -45,3 +45,8 @@ void CentralArea::refreshViews()
     input->refresh();
     generated->refresh();
 }
+
+void CentralArea::refreshGeneratedView()
+{
+    generated->refresh();
+}

@@ -77,6 +77,7 @@ TEST(CentralArea, ViewsFollowTheSelectionTheOutputAndRemovals)
     surface->synthesizer()->setInputs(&source, 8, 8, nullptr, nullptr, nullptr);
     surface->synthesizer()->forgetInputs();
     source.deleteLayers();
+    surface->synthesizer()->targetReady = true;
     Image* output = surface->synthesizer()->target->layer("color");
     ASSERT_NE(output, nullptr);
     fill(*output, 1.0f, 0.0f, 0.0f);

@@ -55,6 +55,9 @@ TEST(ViewSources, OutputLayersComeFromTheSynthesizersTarget)
     surface->synthesizer()->setInputs(&source, 8, 6, nullptr, nullptr, nullptr);
     surface->synthesizer()->forgetInputs();
     source.deleteLayers();
+    // Not shown until marked ready: a run may still replace it.
+    EXPECT_TRUE(ViewSources::outputLayerNames(surface).empty());
+    surface->synthesizer()->targetReady = true;
 
     EXPECT_EQ(ViewSources::outputLayerNames(surface), (std::vector<std::string>{"color", "rough"}));
     const Image* rough = ViewSources::outputLayer(surface, "rough");
