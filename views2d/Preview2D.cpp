@@ -45,12 +45,11 @@ void Preview2D::setLabelText(const QString& text)
 void Preview2D::setImage(const Image* image)
 {
     shownImage = image;
+    // Without a context yet initializeGL uploads it.
     if (ready) {
         makeCurrent();
         uploadImage();
         doneCurrent();
-    } else {
-        uploadPending = true;
     }
     update();
 }
@@ -187,9 +186,7 @@ void Preview2D::initializeGL()
     makeTexture(imageTexture);
     ready = true;
     // A new context has no pixels yet, whatever was shown before.
-    if (shownImage || uploadPending)
-        uploadImage();
-    uploadPending = false;
+    uploadImage();
 }
 
 void Preview2D::releaseGL()

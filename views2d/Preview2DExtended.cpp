@@ -108,12 +108,11 @@ void Preview2DExtended::setScalesVisible(bool on)
 void Preview2DExtended::setOverlayImage(Overlay overlay, const Image* image)
 {
     overlayImages[overlay] = image;
+    // Without a context yet initializeGL uploads it.
     if (glReady()) {
         makeCurrent();
         uploadOverlay(overlay);
         doneCurrent();
-    } else {
-        overlayPending[overlay] = true;
     }
     update();
 }
@@ -121,9 +120,12 @@ void Preview2DExtended::setOverlayImage(Overlay overlay, const Image* image)
 void Preview2DExtended::uploadOverlay(Overlay overlay)
 {
     overlayTextures[overlay].reset();
-    overlayPending[overlay] = false;
     const Image* image = overlayImages[overlay];
     if (!image || image->isEmpty())
+        return;
+    GLint maximum = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maximum);
+    if (image->width > uint32_t(maximum) || image->height > uint32_t(maximum))
         return;
     // Float textures: direction vectors keep their sign.
     QOpenGLTexture::TextureFormat format = QOpenGLTexture::RGB32F;
