@@ -32,7 +32,7 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
     chooser->setMinimumContentsLength(8);
     chooser->setToolTip(tr("The output layer to show"));
     maskOverlay->setObjectName(QStringLiteral("GeneratedMaskOverlay"));
-    maskOverlay->setToolTip(tr("Tint the output mask: lightly where patches may come from, strongly elsewhere"));
+    maskOverlay->setToolTip(tr("Tint by the output mask: lightly where it is set, strongly where it is not"));
     directionOverlay->setObjectName(QStringLiteral("GeneratedDirectionOverlay"));
     directionOverlay->setToolTip(tr("Arrows of the surface's direction map"));
     scaleOverlay->setObjectName(QStringLiteral("GeneratedScaleOverlay"));
