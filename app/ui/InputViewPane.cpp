@@ -36,7 +36,8 @@ InputViewPane::InputViewPane(ProjectDocument* document, QWidget* parent)
 
     connect(preview, &Preview2D::hovered, this, [this](QPointF texture) {
         const Image* image = preview->image();
-        emit readoutChanged(image ? tr("Input: %1").arg(pixelReadout(*image, texture)) : QString());
+        const QString value = image ? pixelReadout(*image, texture) : QString();
+        emit readoutChanged(value.isEmpty() ? QString() : tr("Input: %1").arg(value));
     });
     connect(preview, &Preview2D::cursorLeft, this, [this] { emit readoutChanged(QString()); });
 

@@ -106,10 +106,16 @@ TEST(CentralArea, ViewsFollowTheSelectionTheOutputAndRemovals)
     QApplication::sendEvent(generated, &move);
     ASSERT_EQ(readouts.count(), 1);
     EXPECT_EQ(readouts.at(0).at(0).toString().toStdString(), "Generated: x 5  y 2  0.250 1.000 0.750");
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(generated, &leave);
+    // Outside the picture there is nothing to read.
+    QMouseEvent outside(QEvent::MouseMove, QPoint(2, 2), generated->mapToGlobal(QPoint(2, 2)), Qt::NoButton,
+                        Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(generated, &outside);
     ASSERT_EQ(readouts.count(), 2);
     EXPECT_TRUE(readouts.at(1).at(0).toString().isEmpty());
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(generated, &leave);
+    ASSERT_EQ(readouts.count(), 3);
+    EXPECT_TRUE(readouts.at(2).at(0).toString().isEmpty());
 
     // The mask overlay follows an edit of the project mask, and its undo.
     area.findChild<QCheckBox*>("GeneratedMaskOverlay")->click();
