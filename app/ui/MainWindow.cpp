@@ -4,6 +4,8 @@
 #include "CentralArea.h"
 #include "DialogsSwitch.h"
 #include "DropImport.h"
+#include "GenerationController.h"
+#include "GenerationPanel.h"
 #include "LogDock.h"
 #include "LogMessage.h"
 #include "ProjectBrowserDock.h"
@@ -11,6 +13,7 @@
 #include "ProjectEdits.h"
 #include "ProjectFlows.h"
 #include "PreviewArea.h"
+#include "PreviewSelection.h"
 #include "PreviewSettings.h"
 #include "PropertiesDock.h"
 #include "WidgetDialogs.h"
@@ -54,6 +57,7 @@ MainWindow::MainWindow()
     , dialogs(std::make_unique<DialogsSwitch>(widgetDialogs.get()))
     , projectDocument(new ProjectDocument(this))
     , projectFlows(new ProjectFlows(projectDocument, dialogs.get(), this))
+    , generation(new GenerationController(projectDocument, this))
 {
     setObjectName(QStringLiteral("MainWindow"));
     setAcceptDrops(true);
@@ -63,7 +67,7 @@ MainWindow::MainWindow()
     central = new CentralArea(projectDocument, this);
     setCentralWidget(central);
     browser = new ProjectBrowserDock(projectDocument, dialogs.get(), this);
-    properties = new PropertiesDock(projectDocument, dialogs.get(), this);
+    properties = new PropertiesDock(projectDocument, dialogs.get(), generation, this);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, properties, &PropertiesDock::showRecord);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, central, &CentralArea::showRecord);
     connect(central, &CentralArea::readoutChanged, this, [this](const QString& text) {
@@ -72,6 +76,11 @@ MainWindow::MainWindow()
         else
             statusBar()->showMessage(text);
     });
+    // The views and the 3D preview follow a run; a surface loaded from saved output is selected.
+    connect(generation, &GenerationController::needRedraw, central, &CentralArea::refreshViews);
+    connect(generation, &GenerationController::outputChanged, central->previewArea()->selection(),
+            &PreviewSelection::outputChanged);
+    connect(properties->generationPanel(), &GenerationPanel::surfaceCreated, browser, &ProjectBrowserDock::selectRecord);
 
     createMenus();
     arrangeDocks();

@@ -14,6 +14,7 @@ class ProjectFlows;
 class PropertiesDock;
 class QAction;
 class DialogsSwitch;
+class GenerationController;
 class Dialogs;
 class WidgetDialogs;
 
@@ -32,6 +33,7 @@ public:
     ProjectBrowserDock* browserDock() const { return browser; }
     PropertiesDock* propertiesDock() const { return properties; }
     CentralArea* centralArea() const { return central; }
+    GenerationController* generationController() const { return generation; }
 
     // Tests replace the message boxes and file dialogs by their own.
     void setDialogs(Dialogs* dialogs);
@@ -58,6 +60,7 @@ private:
     std::unique_ptr<DialogsSwitch> dialogs;
     ProjectDocument* projectDocument = nullptr;
     ProjectFlows* projectFlows = nullptr;
+    GenerationController* generation = nullptr;
     LogDock* log = nullptr;
     ProjectBrowserDock* browser = nullptr;
     PropertiesDock* properties = nullptr;
