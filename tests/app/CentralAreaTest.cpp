@@ -1,5 +1,7 @@
 #include "CentralArea.h"
 #include "DocumentTestSupport.h"
+#include "GenerationController.h"
+#include "GenerationTestSupport.h"
 #include "GeneratedViewPane.h"
 #include "ImageEditCommand.h"
 #include "ImageSynthesizer.h"
@@ -29,6 +31,24 @@ void fill(Image& image, float r, float g, float b)
         image.data[i * 3 + 1] = g;
         image.data[i * 3 + 2] = b;
     }
+}
+
+// The colour the view shows for pixel (x, y) of its image, 0..255.
+QRgb shownPixel(Preview2D* view, uint32_t x, uint32_t y)
+{
+    const Image* image = view->image();
+    const QPointF texture((x + 0.5) / image->width, (y + 0.5) / image->height);
+    const QPointF at = view->transform().textureToScreen(texture, view->size(), view->imageAspect());
+    return view->grabFramebuffer().pixel(at.toPoint());
+}
+
+bool near(QRgb shown, const float* expected)
+{
+    const int channels[3] = {qRed(shown), qGreen(shown), qBlue(shown)};
+    for (int c = 0; c < 3; ++c)
+        if (std::abs(channels[c] - int(std::lround(std::clamp(expected[c], 0.0f, 1.0f) * 255.0f))) > 2)
+            return false;
+    return true;
 }
 
 QRgb centreOf(Preview2D* view)
@@ -145,4 +165,46 @@ TEST(CentralArea, ViewsFollowTheSelectionTheOutputAndRemovals)
     EXPECT_EQ(area.generatedView()->image(), nullptr);
     EXPECT_EQ(area.inputView()->image(), &document.store().projectMask);
     area.grab(); // paints without touching the old records
+}
+
+TEST(CentralArea, TheGeneratedViewShowsTheRunsOutputLayers)
+{
+    QTemporaryDir files;
+    ProjectDocument document;
+    GenerationScene scene(document, files.path(), 48);
+    CentralArea area(&document);
+    area.resize(900, 600);
+    area.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&area));
+    area.showRecord(RecordRef(scene.surface));
+
+    GenerationController controller(&document);
+    QObject::connect(&controller, &GenerationController::needRedraw, &area, &CentralArea::refreshViews);
+    QSignalSpy finished(&controller, &GenerationController::finished);
+    ASSERT_TRUE(controller.start(scene.surface));
+    ASSERT_TRUE(finished.wait(60000));
+
+    const LayeredImage* output = scene.surface->synthesizer()->target;
+    ASSERT_NE(output, nullptr);
+    QComboBox* layers = area.generatedPane()->layerChooser();
+    ASSERT_EQ(layers->count(), 2);
+    EXPECT_EQ(layers->itemText(0), QStringLiteral("Color"));
+    area.generatedView()->zoomToFit();
+    const Image* colour = output->layer("Color");
+    ASSERT_EQ(area.generatedView()->image(), colour);
+    for (uint32_t y : {3u, 30u})
+        for (uint32_t x : {5u, 41u})
+            EXPECT_TRUE(near(shownPixel(area.generatedView(), x, y), colour->data + 3 * (x + colour->width * y)))
+                << x << "," << y;
+
+    // The normal layer shows as its colours: flipped Y, mapped.
+    layers->setCurrentIndex(1); // as a click does before it emits activated
+    emit layers->activated(1);
+    const Image* normal = output->layer("Normal");
+    ASSERT_EQ(area.generatedView()->image(), normal);
+    ASSERT_EQ(normal->format, Normal);
+    float expected[3];
+    std::copy(normal->data + 3 * (41 + normal->width * 30), normal->data + 3 * (42 + normal->width * 30), expected);
+    normal->normalToColour(expected);
+    EXPECT_TRUE(near(shownPixel(area.generatedView(), 41, 30), expected));
 }
