@@ -11,6 +11,9 @@
 #include <QOpenGLFunctions_2_1>
 #include <QWheelEvent>
 
+#include <algorithm>
+#include <vector>
+
 Preview2D::Preview2D(QWidget* parent)
     : QOpenGLWidget(parent)
     , caption(new QLabel(this))
@@ -42,12 +45,11 @@ void Preview2D::setLabelText(const QString& text)
 void Preview2D::setImage(const Image* image)
 {
     shownImage = image;
+    // Without a context yet initializeGL uploads it.
     if (ready) {
         makeCurrent();
         uploadImage();
         doneCurrent();
-    } else {
-        uploadPending = true;
     }
     update();
 }
@@ -184,9 +186,7 @@ void Preview2D::initializeGL()
     makeTexture(imageTexture);
     ready = true;
     // A new context has no pixels yet, whatever was shown before.
-    if (shownImage || uploadPending)
-        uploadImage();
-    uploadPending = false;
+    uploadImage();
 }
 
 void Preview2D::releaseGL()
@@ -205,20 +205,37 @@ void Preview2D::uploadImage()
     imageUploaded = false;
     if (!shownImage)
         return;
-    const TextureUpload upload = textureUploadOf(*shownImage, normaliseValues);
-    if (!upload.pixels)
+    const Image& image = *shownImage;
+    const TextureUpload upload = textureUploadOf(image, normaliseValues);
+    if (!upload.sourceFormat)
         return;
     GLint maximum = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maximum);
-    if (shownImage->width > uint32_t(maximum) || shownImage->height > uint32_t(maximum)) {
+    if (image.width > uint32_t(maximum) || image.height > uint32_t(maximum)) {
         logMessage(Warning, "The image of %u x %u pixels is larger than this graphics driver can show (%i).",
-                   shownImage->width, shownImage->height, maximum);
+                   image.width, image.height, maximum);
         return;
     }
     glBindTexture(GL_TEXTURE_2D, imageTexture);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    glTexImage2D(GL_TEXTURE_2D, 0, GLint(upload.internalFormat), GLsizei(shownImage->width),
-                 GLsizei(shownImage->height), 0, upload.sourceFormat, GL_FLOAT, upload.pixels);
+    const GLsizei width = GLsizei(image.width), height = GLsizei(image.height);
+    if (!upload.convert) {
+        glTexImage2D(GL_TEXTURE_2D, 0, GLint(upload.internalFormat), width, height, 0, upload.sourceFormat,
+                     GL_FLOAT, image.data);
+    } else {
+        // Converted a strip of rows at a time: a few megabytes in flight
+        // instead of a second copy of the whole picture.
+        glTexImage2D(GL_TEXTURE_2D, 0, GLint(upload.internalFormat), width, height, 0, upload.sourceFormat,
+                     GL_FLOAT, nullptr);
+        const uint32_t stripRows = std::max(1u, (1u << 18) / image.width);
+        std::vector<float> strip(uint64_t(stripRows) * image.width * image.channels());
+        for (uint32_t row = 0; row < image.height; row += stripRows) {
+            const uint32_t rows = std::min(stripRows, image.height - row);
+            displayRows(image, upload, row, rows, strip.data());
+            glTexSubImage2D(GL_TEXTURE_2D, 0, 0, GLint(row), width, GLsizei(rows), upload.sourceFormat, GL_FLOAT,
+                            strip.data());
+        }
+    }
     imageUploaded = true;
 }
 

@@ -86,8 +86,6 @@ private:
     QOpenGLFunctions_2_1* legacy = nullptr;
     bool ready = false;
     bool normaliseValues = false;
-    // An image set while the texture could not take it yet.
-    bool uploadPending = false;
     // False while the shown image has no pixels in the texture (no image,
     // format None, too large): the blank texture stands in.
     bool imageUploaded = false;

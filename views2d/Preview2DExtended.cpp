@@ -134,12 +134,11 @@ std::vector<MeshVertex> Preview2DExtended::meshVertices()
 void Preview2DExtended::setOverlayImage(Overlay overlay, const Image* image)
 {
     overlayImages[overlay] = image;
+    // Without a context yet initializeGL uploads it.
     if (glReady()) {
         makeCurrent();
         uploadOverlay(overlay);
         doneCurrent();
-    } else {
-        overlayPending[overlay] = true;
     }
     update();
 }
@@ -147,9 +146,12 @@ void Preview2DExtended::setOverlayImage(Overlay overlay, const Image* image)
 void Preview2DExtended::uploadOverlay(Overlay overlay)
 {
     overlayTextures[overlay].reset();
-    overlayPending[overlay] = false;
     const Image* image = overlayImages[overlay];
     if (!image || image->isEmpty())
+        return;
+    GLint maximum = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maximum);
+    if (image->width > uint32_t(maximum) || image->height > uint32_t(maximum))
         return;
     // Float textures: direction vectors keep their sign.
     QOpenGLTexture::TextureFormat format = QOpenGLTexture::RGB32F;

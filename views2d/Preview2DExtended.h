@@ -86,7 +86,6 @@ private:
 
     const Image* overlayImages[OverlayCount] = {};
     bool overlayVisible[OverlayCount] = {};
-    bool overlayPending[OverlayCount] = {};
     std::unique_ptr<QOpenGLTexture> overlayTextures[OverlayCount];
 
     std::unique_ptr<QOpenGLShaderProgram> maskProgram;

@@ -9,10 +9,11 @@ namespace ViewSources {
 
 namespace {
 
+// Only an output marked ready: a run may still replace one that is not.
 const LayeredImage* outputOf(const ProjectData::SurfaceData* surface)
 {
     const Velmor::ImageSynthesizer* synthesizer = surface ? surface->synthesizer() : nullptr;
-    return synthesizer ? synthesizer->target : nullptr;
+    return synthesizer && synthesizer->targetReady ? synthesizer->target : nullptr;
 }
 
 QString text(const std::string& utf8)
@@ -42,7 +43,7 @@ std::vector<InputChoice> inputChoices(ProjectData& store, const RecordRef& recor
         if (surface->scaleMap)
             choices.push_back({QStringLiteral("Scale Map: %1").arg(text(surface->scaleMap->name)),
                                &surface->scaleMap->image});
-    } else if (const Image* image = record.image()) {
+    } else if (const Image* image = record.mask() ? nullptr : record.image()) {
         choices.push_back({text(record.name()), image});
     }
     choices.push_back({QStringLiteral("Project Mask"), &store.projectMask});

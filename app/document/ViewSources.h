@@ -22,10 +22,12 @@ struct InputChoice
 
 // For a texture or map: its image. For a surface: each layer's texture, then
 // its mask texture, direction map and scale map. Always last: the project
-// mask. Models and null references give the project mask alone.
+// mask. Models, null references and the project mask's own reference give
+// the project mask alone.
 std::vector<InputChoice> inputChoices(Velmor::ProjectData& store, const RecordRef& record);
 
-// Layer names of the surface's output, in layer order; empty without output.
+// Layer names of the surface's output, in layer order; empty without output
+// or while the output is not marked ready (targetReady).
 std::vector<std::string> outputLayerNames(const Velmor::ProjectData::SurfaceData* surface);
 // The output layer called `name`, or null when the surface has no output or
 // no such layer.

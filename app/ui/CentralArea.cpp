@@ -49,3 +49,8 @@ void CentralArea::refreshViews()
     input->refresh();
     generated->refresh();
 }
+
+void CentralArea::refreshGeneratedView()
+{
+    generated->refresh();
+}

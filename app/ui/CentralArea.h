@@ -32,6 +32,8 @@ public slots:
     // Finds every shown image in the records again and re-uploads it: after
     // a run's progress, painting, or any edit the views do not hear of.
     void refreshViews();
+    // The generated view alone: all that a run's progress changes.
+    void refreshGeneratedView();
 
 signals:
     // Position and value under the cursor in either view; empty when it leaves.

@@ -25,7 +25,6 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
     , maskOverlay(new QCheckBox(tr("Mask")))
     , directionOverlay(new QCheckBox(tr("Directions")))
     , scaleOverlay(new QCheckBox(tr("Scales")))
-    , normalise(new QCheckBox(tr("Normalise")))
     , sizeLabel(new QLabel)
     , uvBar(new UvToolBar(document, preview))
 {
@@ -36,28 +35,24 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
     chooser->setMinimumContentsLength(8);
     chooser->setToolTip(tr("The output layer to show"));
     maskOverlay->setObjectName(QStringLiteral("GeneratedMaskOverlay"));
-    maskOverlay->setToolTip(tr("Tint the output mask: lightly where patches may come from, strongly elsewhere"));
+    maskOverlay->setToolTip(tr("Tint by the output mask: lightly where it is set, strongly where it is not"));
     directionOverlay->setObjectName(QStringLiteral("GeneratedDirectionOverlay"));
     directionOverlay->setToolTip(tr("Arrows of the surface's direction map"));
     scaleOverlay->setObjectName(QStringLiteral("GeneratedScaleOverlay"));
     scaleOverlay->setToolTip(tr("Circles of the surface's scale map"));
-    normalise->setObjectName(QStringLiteral("GeneratedNormalise"));
-    normalise->setToolTip(tr("Stretch the values from their minimum to their maximum: for float images outside "
-                             "0..1 and faint 16-bit images. Otherwise values are clamped to 0..1."));
 
     const ViewBar bar = makeViewBar(this, preview, QStringLiteral("Generated"));
     int column = 0;
     bar.row->insertWidget(column++, chooser, 1);
     for (QWidget* control : {static_cast<QWidget*>(maskOverlay), static_cast<QWidget*>(directionOverlay),
-                             static_cast<QWidget*>(scaleOverlay), static_cast<QWidget*>(normalise),
-                             static_cast<QWidget*>(sizeLabel)})
+                             static_cast<QWidget*>(scaleOverlay), static_cast<QWidget*>(sizeLabel)})
         bar.row->insertWidget(column++, control);
     // The UV tools sit in a strip of their own between the bar and the view.
     if (auto* column = qobject_cast<QVBoxLayout*>(layout()))
         column->insertWidget(1, uvBar);
     connect(bar.zoomOneToOne, &QPushButton::clicked, preview, &Preview2D::zoomOneToOne);
     connect(bar.zoomToFit, &QPushButton::clicked, preview, &Preview2D::zoomToFit);
-    connect(normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);
+    connect(bar.normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);
     connect(maskOverlay, &QCheckBox::toggled, preview, &Preview2DExtended::setMaskVisible);
     connect(directionOverlay, &QCheckBox::toggled, preview, &Preview2DExtended::setDirectionsVisible);
     connect(scaleOverlay, &QCheckBox::toggled, preview, &Preview2DExtended::setScalesVisible);
@@ -65,7 +60,8 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
 
     connect(preview, &Preview2D::hovered, this, [this](QPointF texture) {
         const Image* image = preview->image();
-        emit readoutChanged(image ? tr("Generated: %1").arg(pixelReadout(*image, texture)) : QString());
+        const QString value = image ? pixelReadout(*image, texture) : QString();
+        emit readoutChanged(value.isEmpty() ? QString() : tr("Generated: %1").arg(value));
     });
     connect(preview, &Preview2D::cursorLeft, this, [this] { emit readoutChanged(QString()); });
 

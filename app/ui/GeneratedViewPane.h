@@ -49,7 +49,6 @@ private:
     QCheckBox* maskOverlay;
     QCheckBox* directionOverlay;
     QCheckBox* scaleOverlay;
-    QCheckBox* normalise;
     QLabel* sizeLabel;
     UvToolBar* uvBar;
 };

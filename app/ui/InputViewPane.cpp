@@ -17,7 +17,6 @@ InputViewPane::InputViewPane(ProjectDocument* document, QWidget* parent)
     , document(document)
     , preview(new Preview2D)
     , chooser(new QComboBox)
-    , normalise(new QCheckBox(tr("Normalise")))
     , sizeLabel(new QLabel)
 {
     preview->setObjectName(QStringLiteral("InputView"));
@@ -26,22 +25,19 @@ InputViewPane::InputViewPane(ProjectDocument* document, QWidget* parent)
     chooser->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     chooser->setMinimumContentsLength(14);
     chooser->setToolTip(tr("The image of the selected record to show"));
-    normalise->setObjectName(QStringLiteral("InputNormalise"));
-    normalise->setToolTip(tr("Stretch the values from their minimum to their maximum: for float images outside "
-                             "0..1 and faint 16-bit images. Otherwise values are clamped to 0..1."));
 
     const ViewBar bar = makeViewBar(this, preview, QStringLiteral("Input"));
     bar.row->insertWidget(0, chooser, 1);
-    bar.row->insertWidget(1, normalise);
-    bar.row->insertWidget(2, sizeLabel);
+    bar.row->insertWidget(1, sizeLabel);
     connect(bar.zoomOneToOne, &QPushButton::clicked, preview, &Preview2D::zoomOneToOne);
     connect(bar.zoomToFit, &QPushButton::clicked, preview, &Preview2D::zoomToFit);
-    connect(normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);
+    connect(bar.normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);
     connect(chooser, QOverload<int>::of(&QComboBox::activated), this, &InputViewPane::showChoice);
 
     connect(preview, &Preview2D::hovered, this, [this](QPointF texture) {
         const Image* image = preview->image();
-        emit readoutChanged(image ? tr("Input: %1").arg(pixelReadout(*image, texture)) : QString());
+        const QString value = image ? pixelReadout(*image, texture) : QString();
+        emit readoutChanged(value.isEmpty() ? QString() : tr("Input: %1").arg(value));
     });
     connect(preview, &Preview2D::cursorLeft, this, [this] { emit readoutChanged(QString()); });
 
@@ -57,9 +53,10 @@ InputViewPane::InputViewPane(ProjectDocument* document, QWidget* parent)
         forget();
     });
     connect(document, &ProjectDocument::recordRemoved, this, &InputViewPane::refresh);
-    // A surface shows its textures and maps: their edits show too.
+    // A surface shows its textures and maps, and every record the project
+    // mask: their edits show too.
     connect(document, &ProjectDocument::recordChanged, this, [this](const RecordRef& changed) {
-        if (changed == record || (record.surface() && !changed.surface() && !changed.model()))
+        if (changed == record || changed.mask() || (record.surface() && !changed.surface() && !changed.model()))
             refresh();
     });
     refresh();

@@ -42,6 +42,5 @@ private:
     std::vector<ViewSources::InputChoice> choices;
     Preview2D* preview;
     QComboBox* chooser;
-    QCheckBox* normalise;
     QLabel* sizeLabel;
 };

@@ -79,7 +79,7 @@ MainWindow::MainWindow()
             statusBar()->showMessage(text);
     });
     // The views and the 3D preview follow a run; a surface loaded from saved output is selected.
-    connect(generation, &GenerationController::needRedraw, central, &CentralArea::refreshViews);
+    connect(generation, &GenerationController::needRedraw, central, &CentralArea::refreshGeneratedView);
     connect(generation, &GenerationController::outputChanged, central->previewArea()->selection(),
             &PreviewSelection::outputChanged);
     connect(properties->generationPanel(), &GenerationPanel::surfaceCreated, browser, &ProjectBrowserDock::selectRecord);

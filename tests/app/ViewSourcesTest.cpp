@@ -33,9 +33,11 @@ TEST(ViewSources, InputChoicesFollowTheSelectedRecord)
     choices = ViewSources::inputChoices(store, RecordRef(texture));
     ASSERT_EQ(choices.size(), 2u);
     EXPECT_EQ(choices[0].image, &texture->image);
-    choices = ViewSources::inputChoices(store, RecordRef());
-    ASSERT_EQ(choices.size(), 1u);
-    EXPECT_EQ(choices[0].image, &store.projectMask);
+    for (const RecordRef& alone : {RecordRef(), RecordRef::projectMask(store)}) {
+        choices = ViewSources::inputChoices(store, alone);
+        ASSERT_EQ(choices.size(), 1u);
+        EXPECT_EQ(choices[0].image, &store.projectMask);
+    }
 }
 
 TEST(ViewSources, OutputLayersComeFromTheSynthesizersTarget)
@@ -53,6 +55,9 @@ TEST(ViewSources, OutputLayersComeFromTheSynthesizersTarget)
     surface->synthesizer()->setInputs(&source, 8, 6, nullptr, nullptr, nullptr);
     surface->synthesizer()->forgetInputs();
     source.deleteLayers();
+    // Not shown until marked ready: a run may still replace it.
+    EXPECT_TRUE(ViewSources::outputLayerNames(surface).empty());
+    surface->synthesizer()->targetReady = true;
 
     EXPECT_EQ(ViewSources::outputLayerNames(surface), (std::vector<std::string>{"color", "rough"}));
     const Image* rough = ViewSources::outputLayer(surface, "rough");

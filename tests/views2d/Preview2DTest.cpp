@@ -238,6 +238,14 @@ TEST_F(Preview2DTest, ArrowsAndCirclesSitOnTheirGridPoints)
     EXPECT_TRUE(hasColour(frame, screen(0.045, 0.008), 0, 0, 0)); // beside the head
     EXPECT_TRUE(hasColour(frame, screen(0.02, 0.01), 0, 0, 0));
 
+    // A direction of +y points up the image, towards its last row.
+    Image upwards = constant(8, 8, Normal, {0.0f, 1.0f, 0.0f});
+    view.setDirectionMap(&upwards);
+    frame = view.grabFramebuffer();
+    EXPECT_TRUE(hasColour(frame, screen(0.0, 0.02), 179, 204, 255));
+    EXPECT_TRUE(hasColour(frame, screen(0.0, 0.045), 179, 204, 255));
+    EXPECT_TRUE(hasColour(frame, screen(0.02, 0.0), 0, 0, 0));
+
     view.setDirectionsVisible(false);
     view.setScalesVisible(true);
     frame = view.grabFramebuffer();
