@@ -167,6 +167,48 @@ const Option options[] = {
      [](const QString&, CommandLine& cl) { cl.firstLayerOnly = true; return true; }},
     {nullptr, "--seed", "N", false, "fixed random seed: same seed, same output", "a whole number from 0 to 4294967295",
      [](const QString& v, CommandLine& cl) { return setWhole(v, 0, uint32Max, cl.seed); }},
+    {nullptr, "--search", "structured|random", false,
+     "source search (default structured): continue the\nneighbour patches and search the whole source, or\nthe "
+     "random tries of a project's default; structured\ncompares a fifth of --max-tries positions in full",
+     "structured or random",
+     [](const QString& v, CommandLine& cl) {
+         Velmor::SourceSearch search = Velmor::SourceSearch::Structured;
+         if (!Velmor::sourceSearchFromName(v == QLatin1String("structured") ? "Structured"
+                                           : v == QLatin1String("random")   ? "Random"
+                                                                            : "",
+                                           search))
+             return false;
+         cl.sourceSearch = search;
+         return true;
+     }},
+    {nullptr, "--source-tiles", "auto|yes|no", false,
+     "whether the source repeats seamlessly, so that\nstructured patches may wrap around its edges\n(default auto: "
+     "compare its edges)",
+     "auto, yes or no",
+     [](const QString& v, CommandLine& cl) {
+         if (v == QLatin1String("auto"))
+             cl.sourceTiles.reset();
+         else if (v == QLatin1String("yes") || v == QLatin1String("no"))
+             cl.sourceTiles = v == QLatin1String("yes");
+         else
+             return false;
+         return true;
+     }},
+    {nullptr, "--normal-flip", "auto|none|x|y|xy", true,
+     "the normal map's file has X or Y (or both) pointing\nthe other way (y: green down); auto (default)\ndecides "
+     "from the displacement layer, else none;\noutputs keep the file's convention",
+     "auto, none, x, y or xy",
+     [](const QString& v, CommandLine& cl) {
+         using Flip = CommandLine::NormalFlip;
+         static const std::pair<const char*, Flip> names[] = {
+             {"auto", Flip::Auto}, {"none", Flip::None}, {"x", Flip::X}, {"y", Flip::Y}, {"xy", Flip::XY}};
+         for (const auto& [name, flip] : names)
+             if (v == QLatin1String(name)) {
+                 cl.normalFlip = flip;
+                 return true;
+             }
+         return false;
+     }},
     {nullptr, "--direction-map", "FILE", true, "red and green give the patch direction (0..1 = -1..1)", "a file",
      [](const QString& v, CommandLine& cl) { cl.directionMap = v; return true; }},
     {nullptr, "--scale-map", "FILE", true, "first channel scales the patches (1 = unchanged)", "a file",

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SourceSearch.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -40,6 +42,14 @@ struct CommandLine
     std::optional<int32_t> feather;
     bool firstLayerOnly = false;
     std::optional<uint32_t> seed;
+    // Unset: the files mode searches structured, a project keeps its own.
+    std::optional<Velmor::SourceSearch> sourceSearch;
+    std::optional<bool> sourceTiles; // unset: detected
+
+    // How the normal layer's file stores X and Y: flipped or not, or
+    // decided from a height layer when automatic.
+    enum class NormalFlip { Auto, None, X, Y, XY };
+    NormalFlip normalFlip = NormalFlip::Auto;
 
     // Guidance and masks (empty: none).
     QString directionMap;
