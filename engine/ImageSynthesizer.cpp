@@ -560,6 +560,7 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
         const auto passes = [&] { return patch->bestError / L <= threshold; };
 
         // Continue the placed neighbours first: exact for a regular texture.
+        search.beginPosition(x, y);
         const int continuedCount = search.continuations(x, y, continued, sides);
         for (int i = 0; i < continuedCount; ++i)
             tryAt(continued[i].sx, continued[i].sy);

@@ -186,16 +186,45 @@ void StructuredSearch::init(const LayeredImage& source, const LayeredImage& targ
     placed.clear();
 }
 
+void StructuredSearch::beginPosition(int32_t x, int32_t y)
+{
+    bannedCount = 0;
+    const int32_t steps[2][2] = {{-patchSize, 0}, {0, -patchSize}};
+    for (int s = 0; s < 2; ++s) {
+        const Placement* neighbour = placedAt(x + steps[s][0], y + steps[s][1]);
+        if (!neighbour || (s == 0 ? neighbour->runX < maxRunX : neighbour->runY < maxRunY))
+            continue;
+        Position p{0, 0};
+        continuePlacement(*neighbour, -steps[s][0], -steps[s][1], p.sx, p.sy);
+        if (tiles) {
+            p.sx = foldRepeat(p.sx, width);
+            p.sy = foldRepeat(p.sy, height);
+        }
+        banned[bannedCount++] = p;
+    }
+}
+
 bool StructuredSearch::usable(int32_t& sx, int32_t& sy) const
 {
     if (tiles) {
         sx = foldRepeat(sx, width);
         sy = foldRepeat(sy, height);
-        return true;
+    } else {
+        const int32_t lastX = std::max(0, width - fullSize);
+        const int32_t lastY = std::max(0, height - fullSize);
+        if (sx < 0 || sy < 0 || sx > lastX || sy > lastY)
+            return false;
     }
-    const int32_t lastX = std::max(0, width - fullSize);
-    const int32_t lastY = std::max(0, height - fullSize);
-    return sx >= 0 && sy >= 0 && sx <= lastX && sy <= lastY;
+    // Distance along one axis, the short way round on a tiling source.
+    const auto distance = [&](int32_t a, int32_t b, int32_t n) {
+        const int32_t d = std::abs(a - b);
+        return tiles ? std::min(d, n - d) : d;
+    };
+    const int32_t radius = std::max(1, patchSize / 2);
+    for (int i = 0; i < bannedCount; ++i)
+        if (distance(sx, banned[i].sx, width) < radius && distance(sy, banned[i].sy, height) < radius)
+            return false;
+    return true;
 }
 
 const Placement* StructuredSearch::placedAt(int32_t x, int32_t y) const
@@ -302,8 +331,11 @@ int StructuredSearch::coarseSearch(int32_t x, int32_t y, const uint8_t* filledMa
     const int32_t oy = random.next() % std::min(stride, rangeY);
     int count = 0;
     for (int32_t py = oy; py < rangeY; py += stride)
-        for (int32_t px = ox; px < rangeX && count < int(lattice.size()); px += stride)
-            lattice[size_t(count++)] = {px, py};
+        for (int32_t px = ox; px < rangeX && count < int(lattice.size()); px += stride) {
+            Position p{px, py};
+            if (usable(p.sx, p.sy))
+                lattice[size_t(count++)] = p;
+        }
 
 #pragma omp parallel for schedule(static)
     for (int i = 0; i < count; ++i)

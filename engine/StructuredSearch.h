@@ -58,8 +58,14 @@ public:
     void init(const LayeredImage& source, const LayeredImage& target, int32_t sourceWidth, int32_t sourceHeight,
               int32_t patchSize, int32_t boundary, bool useAllLayers, bool tiles, int keep);
 
+    // Starts destination (x, y): positions that would continue a neighbour
+    // whose run of continuations is at its limit become unusable, as does
+    // anything within half a patch of them.
+    void beginPosition(int32_t x, int32_t y);
+
     // A position is usable when the whole patch lies in the source, or
-    // anywhere when the source tiles; a tiling source's position is folded.
+    // anywhere when the source tiles, and it is not banned for the current
+    // destination; a tiling source's position is folded.
     bool usable(int32_t& sx, int32_t& sy) const;
 
     // Candidates continuing the placed neighbours of destination (x, y)
@@ -106,6 +112,9 @@ private:
     std::vector<float> sampleValues; // per layer, samples x channels
     std::vector<size_t> layerStart;
     int sampleCount = 0;
+
+    Position banned[maxContinuations];
+    int bannedCount = 0;
 
     std::vector<Position> lattice;
     std::vector<float> latticeErrors;
