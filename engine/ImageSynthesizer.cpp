@@ -29,7 +29,7 @@ namespace {
 
 // The structured search's error threshold, in units of the source's mean
 // difference between neighbouring pixels.
-constexpr double structuredThresholdFactor = 2.0;
+constexpr double structuredThresholdFactor = 1.0;
 
 bool validTargetSize(int64_t width, int64_t height)
 {

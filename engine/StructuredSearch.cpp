@@ -28,29 +28,70 @@ float differenceOf(PixelFormat format, const float* a, const float* b)
 }
 
 // Mean difference between pixels (x, y) and (x + dx, y + dy) over the
-// layer's first `width` x `height` pixels, the step folded at the edges when
-// `acrossEdge` asks for only the pixels whose neighbour lies across it.
-double meanDifference(const LayerView& layer, int32_t width, int32_t height, int32_t dx, int32_t dy, bool acrossEdge)
+// layer's first `width` x `height` pixels, both inside.
+double meanDifference(const LayerView& layer, int32_t width, int32_t height, int32_t dx, int32_t dy)
 {
     double sum = 0.0;
     int64_t count = 0;
-    for (int32_t y = 0; y < height; ++y) {
-        if (acrossEdge && dy != 0 && y != height - 1)
-            continue;
-        if (!acrossEdge && y + dy >= height)
-            continue;
-        for (int32_t x = 0; x < width; ++x) {
-            if (acrossEdge && dx != 0 && x != width - 1)
-                continue;
-            if (!acrossEdge && x + dx >= width)
-                continue;
-            const int32_t nx = (x + dx) % width;
-            const int32_t ny = (y + dy) % height;
-            sum += differenceOf(layer.format, layer.at(x, y), layer.at(nx, ny));
+    for (int32_t y = 0; y + dy < height; ++y)
+        for (int32_t x = 0; x + dx < width; ++x) {
+            sum += differenceOf(layer.format, layer.at(x, y), layer.at(x + dx, y + dy));
             ++count;
         }
-    }
     return count > 0 ? sum / double(count) : 0.0;
+}
+
+// Whether the first column (or row) goes on from the last one the way the
+// texture goes on elsewhere. Either the wrap-around pair differs no more
+// than neighbouring lines do, or, for regular textures whose seam may look
+// like one of their edges, the lines that follow the block most like the
+// last lines look like the first lines.
+bool edgeContinues(const LayerView& layer, int32_t width, int32_t height, bool columns)
+{
+    const int32_t n = columns ? width : height;
+    const int32_t across = columns ? height : width;
+    // At most 64 evenly spaced pixels of each line are compared.
+    const int32_t samples = std::min(across, 64);
+    const auto lineDifference = [&](int32_t a, int32_t b) {
+        double sum = 0.0;
+        for (int32_t k = 0; k < samples; ++k) {
+            const int32_t j = int32_t(int64_t(k) * across / samples);
+            const float* pa = columns ? layer.at(a, j) : layer.at(j, a);
+            const float* pb = columns ? layer.at(b, j) : layer.at(j, b);
+            sum += differenceOf(layer.format, pa, pb);
+        }
+        return sum / double(samples);
+    };
+    // Lines a - k + 1 .. a against lines b - k + 1 .. b: blocks of a
+    // quarter of the source, so that they hold some of its features.
+    const int32_t k = std::min(128, n / 4);
+    const auto blockDifference = [&](int32_t a, int32_t b) {
+        double sum = 0.0;
+        for (int32_t i = 0; i < k; ++i)
+            sum += lineDifference(a - i, b - i);
+        return sum / double(k);
+    };
+    if (n < 3)
+        return false;
+    double neighbours = 0.0;
+    for (int32_t a = 0; a + 1 < n; ++a)
+        neighbours += lineDifference(a, a + 1);
+    neighbours /= double(n - 1);
+    const double limit = 1.5 * neighbours;
+    if (lineDifference(n - 1, 0) <= limit)
+        return true;
+    if (k < 1)
+        return false;
+    int32_t likest = -1;
+    double likestDifference = INFINITY;
+    for (int32_t a = k - 1; a + k < n; ++a) {
+        const double d = blockDifference(a, n - 1);
+        if (d < likestDifference) {
+            likestDifference = d;
+            likest = a;
+        }
+    }
+    return likest >= 0 && blockDifference(k - 1, likest + k) <= limit;
 }
 
 bool usableLayer(const Image* layer, int32_t width, int32_t height)
@@ -107,11 +148,7 @@ bool sourceTiles(const LayeredImage& source, int32_t width, int32_t height)
     if (source.layerCount() == 0 || !usableLayer(source.layers[0], width, height))
         return false;
     const LayerView layer = LayerView::of(*source.layers[0]);
-    const double interior = meanDifference(layer, width, height, 1, 0, false)
-        + meanDifference(layer, width, height, 0, 1, false);
-    const double seams = meanDifference(layer, width, height, 1, 0, true)
-        + meanDifference(layer, width, height, 0, 1, true);
-    return seams <= 1.5 * interior;
+    return edgeContinues(layer, width, height, true) && edgeContinues(layer, width, height, false);
 }
 
 double neighbourDifference(const LayeredImage& source, int32_t width, int32_t height, bool useAllLayers)
@@ -122,8 +159,7 @@ double neighbourDifference(const LayeredImage& source, int32_t width, int32_t he
         if (!usableLayer(source.layers[l], width, height))
             continue;
         const LayerView layer = LayerView::of(*source.layers[l]);
-        sum += 0.5 * (meanDifference(layer, width, height, 1, 0, false)
-                      + meanDifference(layer, width, height, 0, 1, false));
+        sum += 0.5 * (meanDifference(layer, width, height, 1, 0) + meanDifference(layer, width, height, 0, 1));
     }
     return sum;
 }
