@@ -51,6 +51,22 @@ TEST(CommandLine, ParsesEveryOptionInBothSpellings)
     ASSERT_EQ(parseError("a_col.png -o out --source-mask C:mask.png", &cl), "");
     EXPECT_TRUE(cl.sourceMask == "C:mask.png" && cl.sourceMaskChannel == 0u);
 
+    // The search, the source's tiling and the normal map's convention.
+    EXPECT_FALSE(cl.sourceSearch || cl.sourceTiles);
+    EXPECT_EQ(cl.normalFlip, CommandLine::NormalFlip::Auto);
+    ASSERT_EQ(parseError("a_col.png -o out --search random --source-tiles=yes --normal-flip xy", &cl), "");
+    EXPECT_TRUE(cl.sourceSearch == Velmor::SourceSearch::Random && cl.sourceTiles == true);
+    EXPECT_EQ(cl.normalFlip, CommandLine::NormalFlip::XY);
+    ASSERT_EQ(parseError("a_col.png -o out --search structured --source-tiles no --normal-flip none", &cl), "");
+    EXPECT_TRUE(cl.sourceSearch == Velmor::SourceSearch::Structured && cl.sourceTiles == false);
+    EXPECT_EQ(cl.normalFlip, CommandLine::NormalFlip::None);
+    ASSERT_EQ(parseError("a_col.png -o out --source-tiles no --source-tiles auto", &cl), "");
+    EXPECT_FALSE(cl.sourceTiles);
+    EXPECT_TRUE(parseError("a_col.png -o out --search Structured").startsWith("--search must be structured or random"));
+    EXPECT_TRUE(parseError("a_col.png -o out --normal-flip yx").startsWith("--normal-flip must be"));
+    EXPECT_TRUE(parseError("a_col.png -o out --source-tiles maybe").startsWith("--source-tiles must be"));
+    EXPECT_TRUE(parseError("--project p --surface s -o out --normal-flip y").contains("--normal-flip cannot be used"));
+
     EXPECT_TRUE(parseError("--help", &cl).isEmpty() && cl.mode == CommandLine::Mode::Help);
     EXPECT_TRUE(parseError("-h", &cl).isEmpty() && cl.mode == CommandLine::Mode::Help);
     EXPECT_EQ(parseError("--layer x=y.png -o out"), ""); // --layer alone is an input
