@@ -27,9 +27,6 @@ namespace Velmor {
 
 namespace {
 
-// The structured search's error threshold, in units of the source's mean
-// difference between neighbouring pixels.
-constexpr double structuredThresholdFactor = 1.0;
 
 bool validTargetSize(int64_t width, int64_t height)
 {
@@ -511,16 +508,22 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
     const int32_t H = sourceGenerator->height;
 
     const bool tiles = sourceTiles ? *sourceTiles : Velmor::sourceTiles(*source, W, H);
-    // A patch whose ring differs from its surroundings by no more than
-    // neighbouring source pixels differ from each other is as good as a
-    // match gets; the absolute threshold of the random tries means little
-    // on real textures.
-    const double neighbours = neighbourDifference(*source, W, H, useAllLayers);
-    const float threshold = float(structuredThresholdFactor * neighbours / double(L));
-    logMessage(Info, "Structured source search: %s; error threshold %g (%g times the source's mean difference "
-                     "between neighbouring pixels).",
+    // A patch counts as matched when its ring differs from its surroundings
+    // no more than the source differs from itself shifted by half the ring's
+    // width: a match that fits about as well as the texture's own content a
+    // few pixels on. The absolute threshold of the random tries means little
+    // on real textures; this one scales with the source's contrast and
+    // noise.
+    const int32_t shift = std::max(1, p->patchBoundary / 2);
+    const double shifted = neighbourDifference(*source, W, H, useAllLayers, shift);
+    const float threshold = float(shifted / double(L));
+    // The search itself stops early only for a patch as close as one pixel
+    // off a perfect fit.
+    const float closeEnough = float(neighbourDifference(*source, W, H, useAllLayers, 1) / double(L));
+    logMessage(Info, "Structured source search: %s; error threshold %g (the source's mean difference between pixels "
+                     "%i apart).",
                tiles ? "the source tiles, patches may wrap around its edges" : "patches stay inside the source",
-               double(threshold), structuredThresholdFactor);
+               double(threshold), shift);
 
     // The whole-source search keeps a fifth of the tries for full
     // comparison (4 of the default 20).
@@ -557,7 +560,7 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
             probe.place(sx, sy, halfSize, dirX, dirY, scale);
             patch->evaluate(probe, filledMask.data(), useAllLayers);
         };
-        const auto passes = [&] { return patch->bestError / L <= threshold; };
+        const auto fitsClosely = [&] { return patch->bestError / L <= closeEnough; };
 
         // Continue the placed neighbours first: exact for a regular texture.
         search.beginPosition(x, y);
@@ -565,7 +568,7 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
         for (int i = 0; i < continuedCount; ++i)
             tryAt(continued[i].sx, continued[i].sy);
 
-        if (!passes() && !cancelRequested) {
+        if (!fitsClosely() && !cancelRequested) {
             const int count = search.coarseSearch(x, y, filledMask.data(), dirX, dirY, scale,
                                                   sourceGenerator->random, found.data());
             if (count == 0 && continuedCount == 0) {
@@ -580,7 +583,7 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
             for (int i = 0; i < count; ++i)
                 tryAt(found[size_t(i)].sx, found[size_t(i)].sy);
             // Refine the best pixel by pixel while that helps.
-            for (int round = 0; round < 4 && patch->bestSource && !passes(); ++round) {
+            for (int round = 0; round < 4 && patch->bestSource && !fitsClosely(); ++round) {
                 const float before = patch->bestError;
                 const int32_t bx = patch->bestSource->sx;
                 const int32_t by = patch->bestSource->sy;
@@ -616,7 +619,7 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
             search.record(x, y, placement);
         }
         ++total;
-        if (!passes())
+        if (!(patch->bestError / L <= threshold))
             ++timedOut;
         patch->paste(filledMask.data(), writeMask);
     }

@@ -151,7 +151,8 @@ bool sourceTiles(const LayeredImage& source, int32_t width, int32_t height)
     return edgeContinues(layer, width, height, true) && edgeContinues(layer, width, height, false);
 }
 
-double neighbourDifference(const LayeredImage& source, int32_t width, int32_t height, bool useAllLayers)
+double neighbourDifference(const LayeredImage& source, int32_t width, int32_t height, bool useAllLayers,
+                           int32_t distance)
 {
     const size_t compared = useAllLayers ? source.layerCount() : std::min<size_t>(1, source.layerCount());
     double sum = 0.0;
@@ -159,7 +160,8 @@ double neighbourDifference(const LayeredImage& source, int32_t width, int32_t he
         if (!usableLayer(source.layers[l], width, height))
             continue;
         const LayerView layer = LayerView::of(*source.layers[l]);
-        sum += 0.5 * (meanDifference(layer, width, height, 1, 0) + meanDifference(layer, width, height, 0, 1));
+        sum += 0.5
+            * (meanDifference(layer, width, height, distance, 0) + meanDifference(layer, width, height, 0, distance));
     }
     return sum;
 }

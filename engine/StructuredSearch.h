@@ -35,10 +35,11 @@ void continuePlacement(const Placement& neighbour, int32_t stepX, int32_t stepY,
 // difference between neighbouring pixels (first compared layer).
 bool sourceTiles(const LayeredImage& source, int32_t width, int32_t height);
 
-// Mean difference between horizontally and vertically neighbouring source
-// pixels, summed over the compared layers as the ring error is: the size of
-// an error that a patch one pixel off its best place would show.
-double neighbourDifference(const LayeredImage& source, int32_t width, int32_t height, bool useAllLayers);
+// Mean difference between source pixels `distance` apart, horizontally and
+// vertically, summed over the compared layers as the ring error is: about
+// the error of a patch placed that far off its best place.
+double neighbourDifference(const LayeredImage& source, int32_t width, int32_t height, bool useAllLayers,
+                           int32_t distance);
 
 // The per-position part of the structured search that does not need full
 // ring evaluations: neighbour-continuation candidates and a whole-source

@@ -252,12 +252,14 @@ TEST(StructuredSearch, TilingSourcesAreRecognisedAndTheThresholdFollowsTheSource
     LayeredImage flat;
     flat.setLayer("Grey", new Image(20, 20, Gray));
     EXPECT_TRUE(sourceTiles(flat, 20, 20));
-    EXPECT_EQ(neighbourDifference(flat, 20, 20, true), 0.0);
+    EXPECT_EQ(neighbourDifference(flat, 20, 20, true, 1), 0.0);
     // Both layers count unless only the first is compared.
-    const double both = neighbourDifference(*cut, 92, 92, true);
-    const double first = neighbourDifference(*cut, 92, 92, false);
+    const double both = neighbourDifference(*cut, 92, 92, true, 1);
+    const double first = neighbourDifference(*cut, 92, 92, false, 1);
     EXPECT_GT(first, 0.0);
     EXPECT_GT(both, first);
+    // Farther apart, shaded tiles differ more.
+    EXPECT_GT(neighbourDifference(*cut, 92, 92, false, 2), first);
 }
 
 TEST(StructuredSearch, SettingIsWrittenOnlyWhenSetAndReadBack)
