@@ -151,7 +151,7 @@ const Option options[] = {
      [](const QString& v, CommandLine& cl) { return setWhole(v, 1, int32Max, cl.patchSize); }},
     {nullptr, "--boundary", "N", false, "overlap around each patch (default 20)", "a whole number of at least 0",
      [](const QString& v, CommandLine& cl) { return setWhole(v, 0, int32Max, cl.boundary); }},
-    {nullptr, "--error-threshold", "X", false, "accepted boundary error (default 0.1)", "a number of at least 0",
+    {nullptr, "--error-threshold", "X", false, "accepted boundary error of the random search\n(default 0.1); the structured one sets its own", "a number of at least 0",
      [](const QString& v, CommandLine& cl) {
          float f = 0.0f;
          if (!parseFloat(v, f) || f < 0.0f)
