@@ -139,7 +139,7 @@ const Option options[] = {
          cl.sizeGiven = true;
          return parseSize(v, cl.width, cl.height);
      }},
-    {nullptr, "--method", "blended|cutout", false, "patch method (default blended)", "blended or cutout",
+    {nullptr, "--method", "blended|cutout", false, "patch method (default cutout)", "blended or cutout",
      [](const QString& v, CommandLine& cl) {
          if (v != QLatin1String("blended") && v != QLatin1String("cutout"))
              return false;

@@ -45,7 +45,8 @@ TEST(CommandLine, ParsesEveryOptionInBothSpellings)
     // Defaults, and "--" ending the options.
     ASSERT_EQ(parseError("-o out -- -odd_col.png", &cl), "");
     EXPECT_TRUE(cl.files == QStringList({"-odd_col.png"}) && cl.width == 1024u);
-    EXPECT_FALSE(cl.cutout || cl.firstLayerOnly || cl.quiet || cl.patchSize || cl.seed);
+    EXPECT_FALSE(cl.firstLayerOnly || cl.quiet || cl.patchSize || cl.seed);
+    EXPECT_TRUE(cl.cutout && !cl.methodGiven);
 
     // A colon that is not followed by a channel belongs to the file name.
     ASSERT_EQ(parseError("a_col.png -o out --source-mask C:mask.png", &cl), "");
@@ -95,7 +96,7 @@ TEST(CommandLine, RejectsBadCommandLinesWithOneLineThatStartsWithTheReason)
         {"a_col.png -o out -x", "unknown option '-x'"},
         {"a_col.png -o out --seed=1=2", "--seed must be a whole number from 0 to 4294967295, not '1=2'"},
         {"a_col.png -o out --quiet=yes", "--quiet takes no value"},
-        {"a_col.png -o out --feather 2", "--feather needs --method cutout"},
+        {"a_col.png -o out --method blended --feather 2", "--feather needs --method cutout"},
         {"a_col.png -o out --direction-map=", "--direction-map needs a value"},
         {"a_col.png -o", "-o needs a value"},
         {"a_col.png", "no output directory given (-o DIR)"},
@@ -146,7 +147,7 @@ TEST(CommandLine, HelpListsEveryOption)
         "  -o, --output DIR          output directory (created when missing)\n",
         "  --layer NAME=FILE         add FILE as the layer NAME; the six names above\n"
         "                            take that layer's place, others come last\n",
-        "  --method blended|cutout   patch method (default blended)\n",
+        "  --method blended|cutout   patch method (default cutout)\n",
         "  --first-layer-only        compare patches on the first layer only\n",
         "  --source-mask FILE[:C]    take patches only where channel C (0-3) is above 0\n",
         "  --list                    with --project: print the project's records\n",
@@ -157,7 +158,8 @@ TEST(CommandLine, HelpListsEveryOption)
     const char* const names[] = {"--output", "--layer", "--size", "--method", "--patch-size", "--boundary",
                                  "--error-threshold", "--max-tries", "--feather", "--first-layer-only", "--seed",
                                  "--direction-map", "--scale-map", "--output-mask", "--source-mask", "--project",
-                                 "--list", "--surface", "--save-project", "--smallest-files", "--quiet", "--help"};
+                                 "--list", "--surface", "--save-project", "--smallest-files", "--quiet", "--help",
+                                 "--search", "--source-tiles", "--normal-flip"};
     for (const char* name : names) {
         EXPECT_TRUE(help.contains(QStringLiteral(" %1 ").arg(QLatin1String(name)))
                     || help.contains(QStringLiteral(" %1\n").arg(QLatin1String(name))))
