@@ -529,11 +529,15 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
     // comparison (4 of the default 20).
     const int keep = int(std::clamp<uint32_t>(p->maxTries / 5, 1, 16));
     StructuredSearch search;
-    search.init(*source, *target, W, H, p->patchSize, p->patchBoundary, useAllLayers, tiles, keep);
+    search.init(*source, *target, W, H, p->patchSize, p->patchBoundary, useAllLayers, tiles, keep,
+                direction || scaling);
     std::vector<Position> found(size_t(keep) + StructuredSearch::maxContinuations);
     Position continued[StructuredSearch::maxContinuations];
     int sides[StructuredSearch::maxContinuations];
     PatchSource probe(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f);
+    // Turned and scaled candidates read interpolated pixels: one round of
+    // refinement there costs about what four cost on whole pixels.
+    const int refineRounds = direction || scaling ? 1 : 4;
 
     logMessage(Info, "Texture synthesis started.");
     int total = 0;
@@ -583,7 +587,7 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
             for (int i = 0; i < count; ++i)
                 tryAt(found[size_t(i)].sx, found[size_t(i)].sy);
             // Refine the best pixel by pixel while that helps.
-            for (int round = 0; round < 4 && patch->bestSource && !fitsClosely(); ++round) {
+            for (int round = 0; round < refineRounds && patch->bestSource && !fitsClosely(); ++round) {
                 const float before = patch->bestError;
                 const int32_t bx = patch->bestSource->sx;
                 const int32_t by = patch->bestSource->sy;

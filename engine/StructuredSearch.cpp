@@ -171,7 +171,7 @@ double neighbourDifference(const LayeredImage& source, int32_t width, int32_t he
 
 void StructuredSearch::init(const LayeredImage& source, const LayeredImage& target, int32_t sourceWidth,
                             int32_t sourceHeight, int32_t size, int32_t ring, bool useAllLayers, bool wraps,
-                            int keepCount)
+                            int keepCount, bool guided)
 {
     width = std::max(1, sourceWidth);
     height = std::max(1, sourceHeight);
@@ -202,7 +202,7 @@ void StructuredSearch::init(const LayeredImage& source, const LayeredImage& targ
         targetHeight = targetLayers[0].height;
     }
 
-    sampleStep = std::max(1, boundary / 4);
+    sampleStep = std::max(1, guided ? boundary / 2 : boundary / 4);
     const int64_t perSide = (int64_t(fullSize) + sampleStep - 1) / sampleStep;
     sampleOffsets.assign(size_t(perSide * perSide), {0, 0});
     sampleValues.assign(size_t(perSide * perSide * channelSum), 0.0f);
@@ -211,7 +211,8 @@ void StructuredSearch::init(const LayeredImage& source, const LayeredImage& targ
 
     const int64_t rangeX = tiles ? width : std::max(1, width - fullSize + 1);
     const int64_t rangeY = tiles ? height : std::max(1, height - fullSize + 1);
-    stride = int32_t(std::max<double>(1.0, std::ceil(std::sqrt(double(rangeX * rangeY) / maxLatticePositions))));
+    const double budget = double(guided ? maxLatticePositions / 4 : maxLatticePositions);
+    stride = int32_t(std::max<double>(1.0, std::ceil(std::sqrt(double(rangeX * rangeY) / budget))));
     const int64_t latticeCount = (rangeX / stride + 1) * (rangeY / stride + 1);
     lattice.assign(size_t(latticeCount), Position{0, 0});
     latticeErrors.assign(size_t(latticeCount), 0.0f);

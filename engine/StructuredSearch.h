@@ -56,8 +56,10 @@ public:
     // The continuation candidates of one position: at most one per side.
     static constexpr int maxContinuations = 4;
 
+    // `guided` runs turn and scale their patches, whose interpolated reads
+    // cost several times more: they compare fewer positions, more sparsely.
     void init(const LayeredImage& source, const LayeredImage& target, int32_t sourceWidth, int32_t sourceHeight,
-              int32_t patchSize, int32_t boundary, bool useAllLayers, bool tiles, int keep);
+              int32_t patchSize, int32_t boundary, bool useAllLayers, bool tiles, int keep, bool guided = false);
 
     // Starts destination (x, y): positions that would continue a neighbour
     // whose run of continuations is at its limit become unusable, as does
