@@ -2,7 +2,6 @@
 
 #include "LayeredImage.h"
 
-#include <omp.h>
 
 #include <algorithm>
 #include <cmath>
