@@ -16,6 +16,7 @@
 #include <tinyxml2.h>
 
 #include <algorithm>
+#include <cfloat>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -534,7 +535,12 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
     std::vector<Position> found(size_t(keep) + StructuredSearch::maxContinuations);
     Position continued[StructuredSearch::maxContinuations];
     int sides[StructuredSearch::maxContinuations];
-    PatchSource probe(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f);
+    // Candidates are measured in batches, side by side on the thread team,
+    // each judged as if tried one after the other.
+    constexpr int maxBatch = 16;
+    std::vector<PatchSource> batch(maxBatch, PatchSource(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f));
+    std::vector<float> batchErrors(maxBatch, 0.0f);
+    int batchSize = 0;
     // Turned and scaled candidates read interpolated pixels: one round of
     // refinement there costs about what four cost on whole pixels.
     const int refineRounds = direction || scaling ? 1 : 4;
@@ -560,9 +566,21 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
         float dirY = 1.0f;
         float scale = 1.0f;
         guidance.at(x + halfSize, y + halfSize, dirX, dirY, scale);
+        const auto flush = [&] {
+            if (batchSize == 1) {
+                patch->evaluate(batch[0], filledMask.data(), useAllLayers);
+            } else if (batchSize > 1) {
+                patch->evaluateBatch(batch.data(), batchSize, filledMask.data(), useAllLayers, L, FLT_MAX,
+                                     batchErrors.data());
+                for (int i = 0; i < batchSize; ++i)
+                    patch->takeEvaluated(i, batch[size_t(i)], batchErrors[size_t(i)]);
+            }
+            batchSize = 0;
+        };
         const auto tryAt = [&](int32_t sx, int32_t sy) {
-            probe.place(sx, sy, halfSize, dirX, dirY, scale);
-            patch->evaluate(probe, filledMask.data(), useAllLayers);
+            if (batchSize == maxBatch)
+                flush();
+            batch[size_t(batchSize++)].place(sx, sy, halfSize, dirX, dirY, scale);
         };
         const auto fitsClosely = [&] { return patch->bestError / L <= closeEnough; };
 
@@ -571,6 +589,7 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
         const int continuedCount = search.continuations(x, y, continued, sides);
         for (int i = 0; i < continuedCount; ++i)
             tryAt(continued[i].sx, continued[i].sy);
+        flush();
 
         if (!fitsClosely() && !cancelRequested) {
             const int count = search.coarseSearch(x, y, filledMask.data(), dirX, dirY, scale,
@@ -586,6 +605,7 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
             }
             for (int i = 0; i < count; ++i)
                 tryAt(found[size_t(i)].sx, found[size_t(i)].sy);
+            flush();
             // Refine the best pixel by pixel while that helps.
             for (int round = 0; round < refineRounds && patch->bestSource && !fitsClosely(); ++round) {
                 const float before = patch->bestError;
@@ -598,6 +618,7 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
                         if ((ox != 0 || oy != 0) && search.usable(sx, sy))
                             tryAt(sx, sy);
                     }
+                flush();
                 if (!(patch->bestError < before))
                     break;
             }

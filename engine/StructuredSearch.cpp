@@ -14,6 +14,9 @@ namespace {
 // Lattice positions the whole-source search compares per destination: about
 // a millisecond of sparse comparisons for a default patch.
 constexpr int64_t maxLatticePositions = 1024;
+// Channel comparisons of one whole-source search below which it runs on
+// the calling thread.
+constexpr int64_t minParallelComparisons = int64_t(1) << 18;
 
 float differenceOf(PixelFormat format, const float* a, const float* b)
 {
@@ -378,7 +381,11 @@ int StructuredSearch::coarseSearch(int32_t x, int32_t y, const uint8_t* filledMa
                 lattice[size_t(count++)] = p;
         }
 
-#pragma omp parallel for schedule(static)
+    // A thread team pays only for enough comparisons; interpolated reads
+    // weigh about eight whole-pixel ones.
+    const bool identity = dirX == 0.0f && dirY == 1.0f && scale == 1.0f;
+    const int64_t work = int64_t(count) * sampleCount * channelSum * (identity ? 1 : 8);
+#pragma omp parallel for schedule(static) if (work >= minParallelComparisons)
     for (int i = 0; i < count; ++i)
         latticeErrors[size_t(i)] = sparseError(lattice[size_t(i)].sx, lattice[size_t(i)].sy, dirX, dirY, scale);
 
