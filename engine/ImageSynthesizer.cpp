@@ -541,9 +541,6 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
     std::vector<PatchSource> batch(maxBatch, PatchSource(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f));
     std::vector<float> batchErrors(maxBatch, 0.0f);
     int batchSize = 0;
-    // Turned and scaled candidates read interpolated pixels: one round of
-    // refinement there costs about what four cost on whole pixels.
-    const int refineRounds = direction || scaling ? 1 : 4;
 
     logMessage(Info, "Texture synthesis started.");
     int total = 0;
@@ -606,9 +603,9 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
             for (int i = 0; i < count; ++i)
                 tryAt(found[size_t(i)].sx, found[size_t(i)].sy);
             flush();
-            // Refine the best pixel by pixel while that helps.
-            for (int round = 0; round < refineRounds && patch->bestSource && !fitsClosely(); ++round) {
-                const float before = patch->bestError;
+            // Try the best one's eight neighbours in full: the sparse search
+            // may miss the last pixel. More rounds measured no better.
+            if (patch->bestSource && !fitsClosely()) {
                 const int32_t bx = patch->bestSource->sx;
                 const int32_t by = patch->bestSource->sy;
                 for (int32_t oy = -1; oy <= 1; ++oy)
@@ -619,8 +616,6 @@ void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* de
                             tryAt(sx, sy);
                     }
                 flush();
-                if (!(patch->bestError < before))
-                    break;
             }
         }
         if (cancelRequested)
