@@ -151,7 +151,9 @@ const Option options[] = {
      [](const QString& v, CommandLine& cl) { return setWhole(v, 1, int32Max, cl.patchSize); }},
     {nullptr, "--boundary", "N", false, "overlap around each patch (default 20)", "a whole number of at least 0",
      [](const QString& v, CommandLine& cl) { return setWhole(v, 0, int32Max, cl.boundary); }},
-    {nullptr, "--error-threshold", "X", false, "accepted boundary error of the random search\n(default 0.1); the structured one sets its own", "a number of at least 0",
+    {nullptr, "--error-threshold", "X", false,
+     "accepted boundary error of the random search\n(default 0.1); the structured one sets its own",
+     "a number of at least 0",
      [](const QString& v, CommandLine& cl) {
          float f = 0.0f;
          if (!parseFloat(v, f) || f < 0.0f)
@@ -168,8 +170,9 @@ const Option options[] = {
     {nullptr, "--seed", "N", false, "fixed random seed: same seed, same output", "a whole number from 0 to 4294967295",
      [](const QString& v, CommandLine& cl) { return setWhole(v, 0, uint32Max, cl.seed); }},
     {nullptr, "--search", "structured|random", false,
-     "source search (default structured): continue the\nneighbour patches and search the whole source, or\nthe "
-     "random tries of a project's default; structured\ncompares a fifth of --max-tries positions in full",
+     "source search: structured (default) continues the\nneighbour patches and searches the whole source,\n"
+     "comparing a fifth of --max-tries positions in full;\nrandom draws --max-tries positions, as projects do\n"
+     "unless set otherwise",
      "structured or random",
      [](const QString& v, CommandLine& cl) {
          Velmor::SourceSearch search = Velmor::SourceSearch::Structured;

@@ -220,6 +220,10 @@ bool loadMaps(ConsoleLog& console, const CommandLine& cl, Inputs& inputs)
     return true;
 }
 
+// The displacement layer's place in the PBR order (color, normal,
+// displacement, ...).
+constexpr int displacementPurpose = 2;
+
 // Reads the normal layer in the convention the command line names, or the
 // one its displacement layer shows; the layer keeps the flips, so it is
 // written back the way it came.
@@ -238,7 +242,7 @@ void applyNormalConvention(const CommandLine& cl, Inputs& inputs)
                    y ? "flipped (green pointing down)" : "as stored (green pointing up)");
         return;
     }
-    const Image* height = inputs.source.layer(pbrLayerName(2).toStdString());
+    const Image* height = inputs.source.layer(pbrLayerName(displacementPurpose).toStdString());
     if (!height) {
         logMessage(Info, "Normal layer: no displacement layer to check its convention against; reading X and Y as "
                          "stored (use --normal-flip y for maps with green pointing down).");

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "SourceSearch.h"
+
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "SourceSearch.h"
 
 class Image;
 class LayeredImage;
