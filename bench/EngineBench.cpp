@@ -1,7 +1,8 @@
 // Synthesis speed: a 512 x 512 source of three layers (colour, Normal, Gray
 // height) grown to 1024, 2048 and 4096 square with default parameters and a
-// fixed seed, for both methods, with and without direction and scale maps;
-// and the mask preparation of a 1024 x 1024 mask. Run ondrels-bench and read
+// fixed seed, for both methods, with and without direction and scale maps,
+// by random tries and (at 1024) by the structured search; and the mask
+// preparation of a 1024 x 1024 mask. Run ondrels-bench and read
 // the medians and the megapixels per second.
 #include "LayeredImage.h"
 #include "PDG_GridAll.h"
@@ -81,7 +82,8 @@ void fillMaps(Image& direction, Image& scale)
         }
 }
 
-// Arguments: output side, method (0 blended, 1 cutout), guided (maps or not).
+// Arguments: output side, method (0 blended, 1 cutout), guided (maps or not),
+// search (0 random tries, 1 structured).
 void BM_Synthesize(benchmark::State& state)
 {
     static const std::unique_ptr<LayeredImage> source = makeSource(512);
@@ -94,6 +96,9 @@ void BM_Synthesize(benchmark::State& state)
     std::unique_ptr<Velmor::ImageSynthesizer> synthesizer(Velmor::createSynthesizer(method));
     synthesizer->params->targetWidth = uint32_t(side);
     synthesizer->params->targetHeight = uint32_t(side);
+    const bool structured = state.range(3) != 0;
+    static_cast<Velmor::ImageSynthesizer::PatchSynthesizerParams*>(synthesizer->params)->sourceSearch =
+        structured ? Velmor::SourceSearch::Structured : Velmor::SourceSearch::Random;
     synthesizer->setSeed(2024);
     for (auto _ : state) {
         synthesizer->setInputs(source.get(), side, side, guided ? &direction : nullptr, guided ? &scale : nullptr,
@@ -103,7 +108,8 @@ void BM_Synthesize(benchmark::State& state)
         synthesizer->synthesize(&destination, &candidates, nullptr, 0);
         benchmark::DoNotOptimize(synthesizer->target->layers[0]->data);
     }
-    state.SetLabel(std::string(state.range(1) ? "cutout" : "blended") + (guided ? " guided" : ""));
+    state.SetLabel(std::string(state.range(1) ? "cutout" : "blended") + (guided ? " guided" : "")
+                   + (structured ? " structured" : ""));
     state.counters["MPix/s"] = benchmark::Counter(double(side) * side * 1e-6 * double(state.iterations()),
                                                   benchmark::Counter::kIsRate);
 }
@@ -136,16 +142,22 @@ void BM_PrepareMask(benchmark::State& state)
 } // namespace
 
 BENCHMARK(BM_Synthesize)
-    ->ArgsProduct({{1024, 2048}, {0, 1}, {0, 1}})
+    ->ArgsProduct({{1024, 2048}, {0, 1}, {0, 1}, {0}})
     ->Unit(benchmark::kMillisecond)
     ->Repetitions(5)
     ->ReportAggregatesOnly(true)
     ->UseRealTime();
 BENCHMARK(BM_Synthesize)
-    ->ArgsProduct({{4096}, {0, 1}, {0, 1}})
+    ->ArgsProduct({{4096}, {0, 1}, {0, 1}, {0}})
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond)
     ->Repetitions(3)
+    ->ReportAggregatesOnly(true)
+    ->UseRealTime();
+BENCHMARK(BM_Synthesize)
+    ->ArgsProduct({{1024}, {0, 1}, {0, 1}, {1}})
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(5)
     ->ReportAggregatesOnly(true)
     ->UseRealTime();
 BENCHMARK(BM_PrepareMask)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true)->UseRealTime();

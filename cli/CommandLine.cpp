@@ -139,7 +139,7 @@ const Option options[] = {
          cl.sizeGiven = true;
          return parseSize(v, cl.width, cl.height);
      }},
-    {nullptr, "--method", "blended|cutout", false, "patch method (default blended)", "blended or cutout",
+    {nullptr, "--method", "blended|cutout", false, "patch method (default cutout)", "blended or cutout",
      [](const QString& v, CommandLine& cl) {
          if (v != QLatin1String("blended") && v != QLatin1String("cutout"))
              return false;
@@ -151,7 +151,9 @@ const Option options[] = {
      [](const QString& v, CommandLine& cl) { return setWhole(v, 1, int32Max, cl.patchSize); }},
     {nullptr, "--boundary", "N", false, "overlap around each patch (default 20)", "a whole number of at least 0",
      [](const QString& v, CommandLine& cl) { return setWhole(v, 0, int32Max, cl.boundary); }},
-    {nullptr, "--error-threshold", "X", false, "accepted boundary error (default 0.1)", "a number of at least 0",
+    {nullptr, "--error-threshold", "X", false,
+     "accepted boundary error of the random search\n(default 0.1); the structured one sets its own",
+     "a number of at least 0",
      [](const QString& v, CommandLine& cl) {
          float f = 0.0f;
          if (!parseFloat(v, f) || f < 0.0f)
@@ -167,6 +169,49 @@ const Option options[] = {
      [](const QString&, CommandLine& cl) { cl.firstLayerOnly = true; return true; }},
     {nullptr, "--seed", "N", false, "fixed random seed: same seed, same output", "a whole number from 0 to 4294967295",
      [](const QString& v, CommandLine& cl) { return setWhole(v, 0, uint32Max, cl.seed); }},
+    {nullptr, "--search", "structured|random", false,
+     "source search: structured (default) continues the\nneighbour patches and searches the whole source,\n"
+     "comparing a fifth of --max-tries positions in full;\nrandom draws --max-tries positions, as projects do\n"
+     "unless set otherwise",
+     "structured or random",
+     [](const QString& v, CommandLine& cl) {
+         Velmor::SourceSearch search = Velmor::SourceSearch::Structured;
+         if (!Velmor::sourceSearchFromName(v == QLatin1String("structured") ? "Structured"
+                                           : v == QLatin1String("random")   ? "Random"
+                                                                            : "",
+                                           search))
+             return false;
+         cl.sourceSearch = search;
+         return true;
+     }},
+    {nullptr, "--source-tiles", "auto|yes|no", false,
+     "whether the source repeats seamlessly, so that\nstructured patches may wrap around its edges\n(default auto: "
+     "compare its edges)",
+     "auto, yes or no",
+     [](const QString& v, CommandLine& cl) {
+         if (v == QLatin1String("auto"))
+             cl.sourceTiles.reset();
+         else if (v == QLatin1String("yes") || v == QLatin1String("no"))
+             cl.sourceTiles = v == QLatin1String("yes");
+         else
+             return false;
+         return true;
+     }},
+    {nullptr, "--normal-flip", "auto|none|x|y|xy", true,
+     "the normal map's file has X or Y (or both) pointing\nthe other way (y: green down); auto (default)\ndecides "
+     "from the displacement layer, else none;\noutputs keep the file's convention",
+     "auto, none, x, y or xy",
+     [](const QString& v, CommandLine& cl) {
+         using Flip = CommandLine::NormalFlip;
+         static const std::pair<const char*, Flip> names[] = {
+             {"auto", Flip::Auto}, {"none", Flip::None}, {"x", Flip::X}, {"y", Flip::Y}, {"xy", Flip::XY}};
+         for (const auto& [name, flip] : names)
+             if (v == QLatin1String(name)) {
+                 cl.normalFlip = flip;
+                 return true;
+             }
+         return false;
+     }},
     {nullptr, "--direction-map", "FILE", true, "red and green give the patch direction (0..1 = -1..1)", "a file",
      [](const QString& v, CommandLine& cl) { cl.directionMap = v; return true; }},
     {nullptr, "--scale-map", "FILE", true, "first channel scales the patches (1 = unchanged)", "a file",

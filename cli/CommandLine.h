@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SourceSearch.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -31,7 +33,10 @@ struct CommandLine
     uint32_t width = 1024;
     uint32_t height = 1024;
     bool sizeGiven = false;   // project modes keep the surface's own size otherwise
-    bool cutout = false;
+    // Files are synthesized with the cutout method unless told otherwise:
+    // with the structured search its outputs stay sharper and closer to the
+    // source than blended ones.
+    bool cutout = true;
     bool methodGiven = false; // ... and its own method
     std::optional<int32_t> patchSize;
     std::optional<int32_t> boundary;
@@ -40,6 +45,14 @@ struct CommandLine
     std::optional<int32_t> feather;
     bool firstLayerOnly = false;
     std::optional<uint32_t> seed;
+    // Unset: the files mode searches structured, a project keeps its own.
+    std::optional<Velmor::SourceSearch> sourceSearch;
+    std::optional<bool> sourceTiles; // unset: detected
+
+    // How the normal layer's file stores X and Y: flipped or not, or
+    // decided from a height layer when automatic.
+    enum class NormalFlip { Auto, None, X, Y, XY };
+    NormalFlip normalFlip = NormalFlip::Auto;
 
     // Guidance and masks (empty: none).
     QString directionMap;

@@ -13,6 +13,8 @@ void applyPatchOptions(const CommandLine& cl, Velmor::ImageSynthesizer::ImageSyn
             patch->errorThreshold = *cl.errorThreshold;
         if (cl.maxTries)
             patch->maxTries = *cl.maxTries;
+        if (cl.sourceSearch)
+            patch->sourceSearch = *cl.sourceSearch;
     }
     using CutoutParams = Velmor::CutoutPatchSynthesizer::CutoutPatchSynthesizerParams;
     if (auto* cutout = dynamic_cast<CutoutParams*>(params); cutout && cl.feather)

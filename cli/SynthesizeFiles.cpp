@@ -12,6 +12,7 @@
 #include "MethodNames.h"
 #include "LayeredImage.h"
 #include "LogMessage.h"
+#include "NormalConvention.h"
 #include "NormalMap.h"
 #include "PDG_GridAll.h"
 #include "PSGBoundaryAll.h"
@@ -219,6 +220,49 @@ bool loadMaps(ConsoleLog& console, const CommandLine& cl, Inputs& inputs)
     return true;
 }
 
+// The displacement layer's place in the PBR order (color, normal,
+// displacement, ...).
+constexpr int displacementPurpose = 2;
+
+// Reads the normal layer in the convention the command line names, or the
+// one its displacement layer shows; the layer keeps the flips, so it is
+// written back the way it came.
+void applyNormalConvention(const CommandLine& cl, Inputs& inputs)
+{
+    using Flip = CommandLine::NormalFlip;
+    const std::string normalName = pbrLayerName(pbrNormalPurpose).toStdString();
+    Image* normal = inputs.source.layer(normalName);
+    if (!normal || normal->format != Normal)
+        return;
+    if (cl.normalFlip != Flip::Auto) {
+        const bool x = cl.normalFlip == Flip::X || cl.normalFlip == Flip::XY;
+        const bool y = cl.normalFlip == Flip::Y || cl.normalFlip == Flip::XY;
+        flipNormalLayer(*normal, x, y);
+        logMessage(Info, "Normal layer: reading X %s and Y %s, as --normal-flip says.", x ? "flipped" : "as stored",
+                   y ? "flipped (green pointing down)" : "as stored (green pointing up)");
+        return;
+    }
+    const Image* height = inputs.source.layer(pbrLayerName(displacementPurpose).toStdString());
+    if (!height) {
+        logMessage(Info, "Normal layer: no displacement layer to check its convention against; reading X and Y as "
+                         "stored (use --normal-flip y for maps with green pointing down).");
+        return;
+    }
+    const NormalConvention found = detectNormalConvention(*normal, *height);
+    if (!found.decided) {
+        logMessage(Warning, "Normal layer: its X and Y follow the displacement layer's slopes too weakly to tell "
+                            "their signs (correlations %.2f and %.2f); reading them as stored.",
+                   found.correlationX, found.correlationY);
+        return;
+    }
+    flipNormalLayer(*normal, found.flipX, found.flipY);
+    logMessage(Info, "Normal layer: green points %s and red points %s (as stored), since its X and Y correlate with "
+                     "the displacement layer's downhill slope at %.2f and %.2f; %s.",
+               found.flipY ? "down" : "up", found.flipX ? "left" : "right", found.correlationX, found.correlationY,
+               found.flipX || found.flipY ? "reading the flipped components negated, and writing them back as they came"
+                                          : "reading it as stored");
+}
+
 // Layers (and the source mask) of different sizes still synthesize: the
 // source generator uses the smallest size.
 void warnAboutSizes(const CommandLine& cl, const Inputs& inputs)
@@ -244,8 +288,13 @@ void applySettings(const CommandLine& cl, Velmor::ImageSynthesizer& synthesizer)
     params->targetWidth = cl.width;
     params->targetHeight = cl.height;
     params->useAllLayers = !cl.firstLayerOnly;
+    // Files have no record to keep: they get the search that keeps
+    // structures.
+    if (auto* patch = dynamic_cast<Velmor::ImageSynthesizer::PatchSynthesizerParams*>(params))
+        patch->sourceSearch = Velmor::SourceSearch::Structured;
     applyPatchOptions(cl, params);
     synthesizer.setSeed(cl.seed);
+    synthesizer.setSourceTiles(cl.sourceTiles);
 }
 
 } // namespace
@@ -278,6 +327,7 @@ int synthesizeFiles(const CommandLine& cl, ConsoleLog& console)
     Inputs inputs;
     if (!loadLayers(console, plan, inputs) || !loadMaps(console, cl, inputs))
         return ExitFailure;
+    applyNormalConvention(cl, inputs);
     warnAboutSizes(cl, inputs);
 
     // Refuse bad settings before the output is allocated.

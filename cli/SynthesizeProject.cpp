@@ -103,6 +103,7 @@ int applyOverrides(const CommandLine& cl, ProjectData::SurfaceData& surface)
         if (!synthesizer)
             continue;
         applyPatchOptions(cl, synthesizer->params);
+        synthesizer->setSourceTiles(cl.sourceTiles);
     }
     ImageSynthesizer* own = surface.synthesizer();
     if (!own) {

@@ -11,10 +11,12 @@
 #include "PSGMasked.h"
 #include "PixelSourceGenerator.h"
 #include "RingErrorFloor.h"
+#include "StructuredSearch.h"
 
 #include <tinyxml2.h>
 
 #include <algorithm>
+#include <cfloat>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -25,6 +27,7 @@
 namespace Velmor {
 
 namespace {
+
 
 bool validTargetSize(int64_t width, int64_t height)
 {
@@ -65,6 +68,58 @@ uint32_t clockSeed()
 int32_t mapCoordinate(int32_t c, uint32_t targetSize, uint32_t mapSize)
 {
     return truncateToInt(float(c) / float(int64_t(targetSize) - 1) * float(int64_t(mapSize) - 1));
+}
+
+// Direction and scale at a destination centre from the guidance maps; warns
+// once per map about values that are not finite.
+struct Guidance
+{
+    const Image* direction;
+    const Image* scaling;
+    const Image& target;
+    bool warnedDirection = false;
+    bool warnedScale = false;
+
+    void at(int32_t cx, int32_t cy, float& dirX, float& dirY, float& scale)
+    {
+        if (direction) {
+            const Pixel d = direction->pixelAt(mapCoordinate(cx, target.width, direction->width),
+                                               mapCoordinate(cy, target.height, direction->height));
+            const float vx = d[0];
+            const float vy = d.channels() > 1 ? d[1] : 0.0f;
+            if (!std::isfinite(vx) || !std::isfinite(vy)) {
+                if (!warnedDirection)
+                    logMessage(Warning, "The direction map holds values that are not finite numbers; those pixels "
+                                        "count as no direction.");
+                warnedDirection = true;
+            } else if (!(vx == 0.0f && vy == 0.0f)) {
+                dirX = vx;
+                dirY = vy;
+            }
+        }
+        if (scaling) {
+            const float v = scaling->pixelAt(mapCoordinate(cx, target.width, scaling->width),
+                                             mapCoordinate(cy, target.height, scaling->height))[0];
+            if (!std::isfinite(v)) {
+                if (!warnedScale)
+                    logMessage(Warning, "The scale map holds values that are not finite numbers; those pixels count "
+                                        "as scale 1.");
+                warnedScale = true;
+            } else {
+                scale = v < 1.0f ? (1.0f - v) + (1.0f - v) + 1.0f : 1.0f - (v - 1.0f) * 0.1f;
+            }
+        }
+    }
+};
+
+void logFinished(int timedOut, int total)
+{
+    logMessage(Success, "Texture synthesis finished.");
+    char buffer[512];
+    std::snprintf(buffer, sizeof(buffer), "%i patches out of %i timed out", timedOut, total);
+    logMessage(Info, QString::fromLatin1(buffer));
+    if (float(timedOut) / float(total) > 0.5f)
+        logMessage(Warning, "More than half of the patches timed out. Try using higher error or more patch tries!");
 }
 
 } // namespace
@@ -108,6 +163,11 @@ void ImageSynthesizer::PatchSynthesizerParams::writeXml(tinyxml2::XMLElement* pa
     tinyxml2::XMLElement* threshold = parent->GetDocument()->NewElement("ErrorThreshold");
     threshold->SetText(errorThreshold);
     parent->InsertEndChild(threshold);
+    if (sourceSearch != SourceSearch::Random) {
+        tinyxml2::XMLElement* search = parent->GetDocument()->NewElement("SourceSearch");
+        search->SetText(sourceSearchName(sourceSearch));
+        parent->InsertEndChild(search);
+    }
 }
 
 void ImageSynthesizer::PatchSynthesizerParams::readXml(const tinyxml2::XMLElement* parent)
@@ -122,6 +182,10 @@ void ImageSynthesizer::PatchSynthesizerParams::readXml(const tinyxml2::XMLElemen
     if (const tinyxml2::XMLElement* element = parent->FirstChildElement("ErrorThreshold");
         element && element->QueryFloatText(&value) == tinyxml2::XML_SUCCESS)
         errorThreshold = value;
+    if (const tinyxml2::XMLElement* element = parent->FirstChildElement("SourceSearch");
+        element && !sourceSearchFromName(element->GetText(), sourceSearch))
+        logMessage(Warning, "Unknown source search '%s' in the synthesizer settings; keeping '%s'.",
+                   element->GetText() ? element->GetText() : "", sourceSearchName(sourceSearch));
 }
 
 ImageSynthesizer::ImageSynthesizerParams*
@@ -139,6 +203,7 @@ ImageSynthesizer::PatchSynthesizerParams::copyPatchFieldsTo(ImageSynthesizerPara
     same->patchBoundary = patchBoundary;
     same->errorThreshold = errorThreshold;
     same->maxTries = maxTries;
+    same->sourceSearch = sourceSearch;
     return other;
 }
 
@@ -326,16 +391,26 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
     const double errorFloor = ringErrorFloor(*source, useAllLayers, direction || scaling, startFilled == 1);
     patch->setEarlyExit(errorFloor >= 0.0, errorFloor);
 
+    // The structured search picks its own positions, which a source mask
+    // would have to restrict: masked runs keep the random tries.
+    const auto* masked = dynamic_cast<const PSGMasked*>(sourceGenerator);
+    if (p->sourceSearch == SourceSearch::Structured) {
+        if (!(masked && masked->useMask)) {
+            synthesizeStructured(patch, destGenerator, sourceGenerator, progress, filledMask, direction, scaling);
+            return;
+        }
+        logMessage(Info, "The structured source search does not take a source mask into account; using random "
+                         "tries.");
+    }
+
     logMessage(Info, "Texture synthesis started.");
     int total = 0;
     int timedOut = 0;
     int lastPercent = -1;
-    bool warnedDirection = false;
-    bool warnedScale = false;
+    Guidance guidance{direction, scaling, T};
     // Drawing source positions ahead of their tries keeps the generator's
     // sequence only when no one else draws from it: not so for the masked
     // generator's process-wide sequence.
-    const auto* masked = dynamic_cast<const PSGMasked*>(sourceGenerator);
     const bool drawAhead = dynamic_cast<const PSGBoundaryAll*>(sourceGenerator) || (masked && !masked->useMask);
     // Two candidates per thread in the first batch of a position: fewer
     // thread-team wake-ups, for a little work wasted where the first
@@ -363,38 +438,10 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
             break;
 
         // Guidance at the destination centre.
-        const int32_t cx = x + halfSize;
-        const int32_t cy = y + halfSize;
         float dirX = 0.0f;
         float dirY = 1.0f;
-        if (direction) {
-            const Pixel d = direction->pixelAt(mapCoordinate(cx, T.width, direction->width),
-                                               mapCoordinate(cy, T.height, direction->height));
-            const float vx = d[0];
-            const float vy = d.channels() > 1 ? d[1] : 0.0f;
-            if (!std::isfinite(vx) || !std::isfinite(vy)) {
-                if (!warnedDirection)
-                    logMessage(Warning, "The direction map holds values that are not finite numbers; those pixels "
-                                        "count as no direction.");
-                warnedDirection = true;
-            } else if (!(vx == 0.0f && vy == 0.0f)) {
-                dirX = vx;
-                dirY = vy;
-            }
-        }
         float scale = 1.0f;
-        if (scaling) {
-            const float v = scaling->pixelAt(mapCoordinate(cx, T.width, scaling->width),
-                                             mapCoordinate(cy, T.height, scaling->height))[0];
-            if (!std::isfinite(v)) {
-                if (!warnedScale)
-                    logMessage(Warning, "The scale map holds values that are not finite numbers; those pixels count "
-                                        "as scale 1.");
-                warnedScale = true;
-            } else {
-                scale = v < 1.0f ? (1.0f - v) + (1.0f - v) + 1.0f : 1.0f - (v - 1.0f) * 0.1f;
-            }
-        }
+        guidance.at(x + halfSize, y + halfSize, dirX, dirY, scale);
 
         // Tries run in batches evaluated side by side, growing while the
         // position keeps rejecting candidates; every try is still judged in
@@ -444,12 +491,159 @@ void ImageSynthesizer::synthesize(PixelDestGenerator* destGenerator, PixelSource
         }
     }
 
-    logMessage(Success, "Texture synthesis finished.");
-    char buffer[512];
-    std::snprintf(buffer, sizeof(buffer), "%i patches out of %i timed out", timedOut, total);
-    logMessage(Info, QString::fromLatin1(buffer));
-    if (float(timedOut) / float(total) > 0.5f)
-        logMessage(Warning, "More than half of the patches timed out. Try using higher error or more patch tries!");
+    logFinished(timedOut, total);
+}
+
+void ImageSynthesizer::synthesizeStructured(Patch* patch, PixelDestGenerator* destGenerator,
+                                            PixelSourceGenerator* sourceGenerator, const Progress& progress,
+                                            std::vector<uint8_t>& filledMask, const Image* direction,
+                                            const Image* scaling)
+{
+    using Position = StructuredSearch::Position;
+    const PatchSynthesizerParams* p = patchParams();
+    const Image& T = *target->layers[0];
+    const float L = float(source->layerCount());
+    const int32_t halfSize = (p->patchSize + 2 * p->patchBoundary) / 2;
+    const bool useAllLayers = p->useAllLayers;
+    const int32_t W = sourceGenerator->width;
+    const int32_t H = sourceGenerator->height;
+
+    const bool tiles = sourceTiles ? *sourceTiles : Velmor::sourceTiles(*source, W, H);
+    // A patch counts as matched when its ring differs from its surroundings
+    // no more than the source differs from itself shifted by half the ring's
+    // width: a match that fits about as well as the texture's own content a
+    // few pixels on. The absolute threshold of the random tries means little
+    // on real textures; this one scales with the source's contrast and
+    // noise.
+    const int32_t shift = std::max(1, p->patchBoundary / 2);
+    const double shifted = neighbourDifference(*source, W, H, useAllLayers, shift);
+    const float threshold = float(shifted / double(L));
+    // The search itself stops early only for a patch as close as one pixel
+    // off a perfect fit.
+    const float closeEnough = float(neighbourDifference(*source, W, H, useAllLayers, 1) / double(L));
+    logMessage(Info, "Structured source search: %s; error threshold %g (the source's mean difference between pixels "
+                     "%i apart).",
+               tiles ? "the source tiles, patches may wrap around its edges" : "patches stay inside the source",
+               double(threshold), shift);
+
+    // The whole-source search keeps a fifth of the tries for full
+    // comparison (4 of the default 20).
+    const int keep = int(std::clamp<uint32_t>(p->maxTries / 5, 1, 16));
+    StructuredSearch search;
+    search.init(*source, *target, W, H, p->patchSize, p->patchBoundary, useAllLayers, tiles, keep,
+                direction || scaling);
+    std::vector<Position> found(size_t(keep) + StructuredSearch::maxContinuations);
+    Position continued[StructuredSearch::maxContinuations];
+    int sides[StructuredSearch::maxContinuations];
+    // Candidates are measured in batches, side by side on the thread team,
+    // each judged as if tried one after the other.
+    constexpr int maxBatch = 16;
+    std::vector<PatchSource> batch(maxBatch, PatchSource(source, 0, 0, halfSize, 0.0f, 1.0f, 1.0f));
+    std::vector<float> batchErrors(maxBatch, 0.0f);
+    int batchSize = 0;
+
+    logMessage(Info, "Texture synthesis started.");
+    int total = 0;
+    int timedOut = 0;
+    int lastPercent = -1;
+    Guidance guidance{direction, scaling, T};
+    int32_t x = 0;
+    int32_t y = 0;
+    while (!cancelRequested && destGenerator->next(x, y)) {
+        if (progress) {
+            const int percent = int(float(y) * 100.0 / float(T.height));
+            if (percent > lastPercent) {
+                lastPercent = percent;
+                progress(percent);
+            }
+        }
+        patch->x = x;
+        patch->y = y;
+        float dirX = 0.0f;
+        float dirY = 1.0f;
+        float scale = 1.0f;
+        guidance.at(x + halfSize, y + halfSize, dirX, dirY, scale);
+        const auto flush = [&] {
+            if (batchSize == 1) {
+                patch->evaluate(batch[0], filledMask.data(), useAllLayers);
+            } else if (batchSize > 1) {
+                patch->evaluateBatch(batch.data(), batchSize, filledMask.data(), useAllLayers, L, FLT_MAX,
+                                     batchErrors.data());
+                for (int i = 0; i < batchSize; ++i)
+                    patch->takeEvaluated(i, batch[size_t(i)], batchErrors[size_t(i)]);
+            }
+            batchSize = 0;
+        };
+        const auto tryAt = [&](int32_t sx, int32_t sy) {
+            if (batchSize == maxBatch)
+                flush();
+            batch[size_t(batchSize++)].place(sx, sy, halfSize, dirX, dirY, scale);
+        };
+        const auto fitsClosely = [&] { return patch->bestError / L <= closeEnough; };
+
+        // Continue the placed neighbours first: exact for a regular texture.
+        search.beginPosition(x, y);
+        const int continuedCount = search.continuations(x, y, continued, sides);
+        for (int i = 0; i < continuedCount; ++i)
+            tryAt(continued[i].sx, continued[i].sy);
+        flush();
+
+        if (!fitsClosely() && !cancelRequested) {
+            const int count = search.coarseSearch(x, y, filledMask.data(), dirX, dirY, scale,
+                                                  sourceGenerator->random, found.data());
+            if (count == 0 && continuedCount == 0) {
+                // Nothing around it is filled yet: any position fits.
+                int32_t sx = 0;
+                int32_t sy = 0;
+                sourceGenerator->next(sx, sy);
+                if (tiles)
+                    search.usable(sx, sy);
+                tryAt(sx, sy);
+            }
+            for (int i = 0; i < count; ++i)
+                tryAt(found[size_t(i)].sx, found[size_t(i)].sy);
+            flush();
+            // Try the best one's eight neighbours in full: the sparse search
+            // may miss the last pixel. More rounds measured no better.
+            if (patch->bestSource && !fitsClosely()) {
+                const int32_t bx = patch->bestSource->sx;
+                const int32_t by = patch->bestSource->sy;
+                for (int32_t oy = -1; oy <= 1; ++oy)
+                    for (int32_t ox = -1; ox <= 1; ++ox) {
+                        int32_t sx = bx + ox;
+                        int32_t sy = by + oy;
+                        if ((ox != 0 || oy != 0) && search.usable(sx, sy))
+                            tryAt(sx, sy);
+                    }
+                flush();
+            }
+        }
+        if (cancelRequested)
+            break;
+
+        // Remember where the patch came from, and whether it continued a
+        // neighbour, for the positions that follow.
+        if (patch->bestSource) {
+            const PatchSource& best = *patch->bestSource;
+            Placement placement{best.sx, best.sy, best.dirX, best.dirY, best.scale, 0, 0};
+            for (int i = 0; i < continuedCount; ++i) {
+                if (continued[i].sx != best.sx || continued[i].sy != best.sy)
+                    continue;
+                const Placement* from = search.placedAt(sides[i] == 0 ? x - p->patchSize : x,
+                                                        sides[i] == 1 ? y - p->patchSize : y);
+                if (sides[i] == 0 && from)
+                    placement.runX = from->runX + 1;
+                if (sides[i] == 1 && from)
+                    placement.runY = from->runY + 1;
+            }
+            search.record(x, y, placement);
+        }
+        ++total;
+        if (!(patch->bestError / L <= threshold))
+            ++timedOut;
+        patch->paste(filledMask.data(), writeMask);
+    }
+    logFinished(timedOut, total);
 }
 
 } // namespace Velmor

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "SourceSearch.h"
+
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 class Image;
 class LayeredImage;
@@ -54,6 +57,10 @@ public:
         int32_t patchBoundary = 20;
         float errorThreshold = 0.1f;
         uint32_t maxTries = 20;
+        // Random tries unless a record or caller asks for the structured
+        // search; "SourceSearch" is written only when it is not the default,
+        // so records that never set it stay as they were.
+        SourceSearch sourceSearch = SourceSearch::Random;
 
     protected:
         // copyTo's common part: the base fields always, the patch fields when
@@ -96,6 +103,9 @@ public:
     // An explicit seed makes a run reproducible; without one the seed comes
     // from the steady clock.
     void setSeed(std::optional<uint32_t> value) { seed = value; }
+    // Whether the structured search may place patches across the source's
+    // edges; unset, it looks whether the source tiles.
+    void setSourceTiles(std::optional<bool> value) { sourceTiles = value; }
 
     bool targetReady = false;
     bool ownsTarget = true;
@@ -113,9 +123,14 @@ protected:
     PatchSynthesizerParams* patchParams() const { return static_cast<PatchSynthesizerParams*>(params); }
 
     std::optional<uint32_t> seed;
+    std::optional<bool> sourceTiles;
 
 private:
     void makeTarget(int32_t targetWidth, int32_t targetHeight);
+    // The patch loop of the structured search; the setup is synthesize's.
+    void synthesizeStructured(Patch* patch, PixelDestGenerator* destGenerator, PixelSourceGenerator* sourceGenerator,
+                              const Progress& progress, std::vector<uint8_t>& filledMask, const Image* direction,
+                              const Image* scaling);
 };
 
 } // namespace Velmor

@@ -45,11 +45,28 @@ TEST(CommandLine, ParsesEveryOptionInBothSpellings)
     // Defaults, and "--" ending the options.
     ASSERT_EQ(parseError("-o out -- -odd_col.png", &cl), "");
     EXPECT_TRUE(cl.files == QStringList({"-odd_col.png"}) && cl.width == 1024u);
-    EXPECT_FALSE(cl.cutout || cl.firstLayerOnly || cl.quiet || cl.patchSize || cl.seed);
+    EXPECT_FALSE(cl.firstLayerOnly || cl.quiet || cl.patchSize || cl.seed);
+    EXPECT_TRUE(cl.cutout && !cl.methodGiven);
 
     // A colon that is not followed by a channel belongs to the file name.
     ASSERT_EQ(parseError("a_col.png -o out --source-mask C:mask.png", &cl), "");
     EXPECT_TRUE(cl.sourceMask == "C:mask.png" && cl.sourceMaskChannel == 0u);
+
+    // The search, the source's tiling and the normal map's convention.
+    EXPECT_FALSE(cl.sourceSearch || cl.sourceTiles);
+    EXPECT_EQ(cl.normalFlip, CommandLine::NormalFlip::Auto);
+    ASSERT_EQ(parseError("a_col.png -o out --search random --source-tiles=yes --normal-flip xy", &cl), "");
+    EXPECT_TRUE(cl.sourceSearch == Velmor::SourceSearch::Random && cl.sourceTiles == true);
+    EXPECT_EQ(cl.normalFlip, CommandLine::NormalFlip::XY);
+    ASSERT_EQ(parseError("a_col.png -o out --search structured --source-tiles no --normal-flip none", &cl), "");
+    EXPECT_TRUE(cl.sourceSearch == Velmor::SourceSearch::Structured && cl.sourceTiles == false);
+    EXPECT_EQ(cl.normalFlip, CommandLine::NormalFlip::None);
+    ASSERT_EQ(parseError("a_col.png -o out --source-tiles no --source-tiles auto", &cl), "");
+    EXPECT_FALSE(cl.sourceTiles);
+    EXPECT_TRUE(parseError("a_col.png -o out --search Structured").startsWith("--search must be structured or random"));
+    EXPECT_TRUE(parseError("a_col.png -o out --normal-flip yx").startsWith("--normal-flip must be"));
+    EXPECT_TRUE(parseError("a_col.png -o out --source-tiles maybe").startsWith("--source-tiles must be"));
+    EXPECT_TRUE(parseError("--project p --surface s -o out --normal-flip y").contains("--normal-flip cannot be used"));
 
     EXPECT_TRUE(parseError("--help", &cl).isEmpty() && cl.mode == CommandLine::Mode::Help);
     EXPECT_TRUE(parseError("-h", &cl).isEmpty() && cl.mode == CommandLine::Mode::Help);
@@ -79,7 +96,7 @@ TEST(CommandLine, RejectsBadCommandLinesWithOneLineThatStartsWithTheReason)
         {"a_col.png -o out -x", "unknown option '-x'"},
         {"a_col.png -o out --seed=1=2", "--seed must be a whole number from 0 to 4294967295, not '1=2'"},
         {"a_col.png -o out --quiet=yes", "--quiet takes no value"},
-        {"a_col.png -o out --feather 2", "--feather needs --method cutout"},
+        {"a_col.png -o out --method blended --feather 2", "--feather needs --method cutout"},
         {"a_col.png -o out --direction-map=", "--direction-map needs a value"},
         {"a_col.png -o", "-o needs a value"},
         {"a_col.png", "no output directory given (-o DIR)"},
@@ -130,7 +147,7 @@ TEST(CommandLine, HelpListsEveryOption)
         "  -o, --output DIR          output directory (created when missing)\n",
         "  --layer NAME=FILE         add FILE as the layer NAME; the six names above\n"
         "                            take that layer's place, others come last\n",
-        "  --method blended|cutout   patch method (default blended)\n",
+        "  --method blended|cutout   patch method (default cutout)\n",
         "  --first-layer-only        compare patches on the first layer only\n",
         "  --source-mask FILE[:C]    take patches only where channel C (0-3) is above 0\n",
         "  --list                    with --project: print the project's records\n",
@@ -141,7 +158,8 @@ TEST(CommandLine, HelpListsEveryOption)
     const char* const names[] = {"--output", "--layer", "--size", "--method", "--patch-size", "--boundary",
                                  "--error-threshold", "--max-tries", "--feather", "--first-layer-only", "--seed",
                                  "--direction-map", "--scale-map", "--output-mask", "--source-mask", "--project",
-                                 "--list", "--surface", "--save-project", "--smallest-files", "--quiet", "--help"};
+                                 "--list", "--surface", "--save-project", "--smallest-files", "--quiet", "--help",
+                                 "--search", "--source-tiles", "--normal-flip"};
     for (const char* name : names) {
         EXPECT_TRUE(help.contains(QStringLiteral(" %1 ").arg(QLatin1String(name)))
                     || help.contains(QStringLiteral(" %1\n").arg(QLatin1String(name))))

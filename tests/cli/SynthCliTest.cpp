@@ -1,6 +1,8 @@
 // Runs the built ondrels-synth as a subprocess, the way scripts use it.
 #include "SynthRun.h"
 
+#include "NormalConvention.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 
@@ -131,7 +133,9 @@ TEST(SynthCli, LayersWrittenSideBySideFailAloneAndSmallestFilesKeepPixels)
     const QStringList inputs = {writePattern(dir.filePath("rock_col.png"), 64, RGB),
                                 writePattern(dir.filePath("rock_disp.png"), 64, Gray, 1.0f),
                                 writePattern(dir.filePath("rock_rough.png"), 64, Gray, 2.0f),
-                                "--size", "160x160", "--patch-size", "16", "--boundary", "4", "--seed", "3"};
+                                "--size", "160x160", "--patch-size", "16", "--boundary", "4", "--seed", "3",
+                                // The content these file sizes were judged on.
+                                "--method", "blended", "--search", "random"};
     const QString fast = dir.filePath("fast"), small = dir.filePath("small"), blocked = dir.filePath("blocked");
     ASSERT_EQ(runSynth(inputs + QStringList{"-o", fast}).exitCode, 0);
     ASSERT_EQ(runSynth(inputs + QStringList{"--smallest-files", "-o", small}).exitCode, 0);
@@ -152,4 +156,45 @@ TEST(SynthCli, LayersWrittenSideBySideFailAloneAndSmallestFilesKeepPixels)
     EXPECT_TRUE(result.errorLines[1].startsWith("Wrote only 2 of 3 layers"));
     EXPECT_EQ(QDir(blocked).entryList(QDir::Files | QDir::Hidden, QDir::Name),
               QStringList({"color.png", "roughness.png"}));
+}
+
+// A normal map with green pointing down is recognised from the displacement
+// layer, read the common way and written back pointing down; without a
+// displacement layer, or told so, the tool says what it does.
+TEST(SynthCli, NormalConventionIsReadFromTheDisplacementAndKeptInTheOutput)
+{
+    QTemporaryDir dir;
+    const auto bumps = [](float x, float y) {
+        return 0.5f + 0.2f * std::sin(0.3f * x) * std::cos(0.25f * y) + 0.1f * std::sin(0.07f * (x + 2 * y));
+    };
+    const auto height = [&](float x, float y, float) { return bumps(x, y); };
+    // Rows count from the bottom, so "up" is y + 1; green is negated.
+    const auto greenDown = [&](float x, float y, float k) {
+        const float nx = -6.0f * (bumps(x + 1, y) - bumps(x - 1, y));
+        const float ny = 6.0f * (bumps(x, y + 1) - bumps(x, y - 1));
+        const float length = std::sqrt(nx * nx + ny * ny + 1.0f);
+        return (k == 0 ? nx : k == 1 ? ny : 1.0f) / length * 0.5f + 0.5f;
+    };
+    const QString normal = writeImage(dir.filePath("bumps_normal.png"), 64, RGB, greenDown);
+    const QString displacement = writeImage(dir.filePath("bumps_disp.png"), 64, Gray, height);
+    const QStringList settings = {"--size", "96x96", "--patch-size", "16", "--boundary", "4", "--seed", "2"};
+
+    const QString out = dir.filePath("out");
+    RunResult result = runSynth(QStringList{normal, displacement, "-o", out} + settings);
+    ASSERT_EQ(result.exitCode, 0) << result.errorLines.join('\n').toStdString();
+    EXPECT_EQ(result.errorLines.filter("green points down").size(), 1) << result.errorLines.join('\n').toStdString();
+    // The synthesized pair still shows green pointing down.
+    Image written = loadOutput(out + "/normal.png");
+    written.toNormalMap(false, false, true, true);
+    const NormalConvention kept = detectNormalConvention(written, loadOutput(out + "/displacement.png"));
+    EXPECT_TRUE(kept.decided && kept.flipY && !kept.flipX) << kept.correlationX << " " << kept.correlationY;
+
+    // Told explicitly, and with no displacement layer to look at.
+    result = runSynth(QStringList{normal, "--normal-flip", "y", "-o", dir.filePath("told")} + settings);
+    ASSERT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.errorLines.filter("reading X as stored and Y flipped").size(), 1)
+        << result.errorLines.join('\n').toStdString();
+    result = runSynth(QStringList{normal, "-o", dir.filePath("alone")} + settings);
+    ASSERT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.errorLines.filter("no displacement layer").size(), 1);
 }

@@ -1,3 +1,4 @@
+#include "ImageSynthesizer.h"
 #include "ProjectLoader.h"
 #include "ProjectSaver.h"
 #include "ProjectTestSupport.h"
@@ -53,6 +54,8 @@ std::unique_ptr<ProjectData> makeProject(const QString& imageDir)
     rock->directionMap = dirMap;
     rock->scaleMap = scaleMap;
     rock->selectSynthesizer("Patch Based Cutout");
+    static_cast<ImageSynthesizer::PatchSynthesizerParams*>(rock->synthesizer()->params)->sourceSearch =
+        SourceSearch::Structured;
     ProjectData::SurfaceData* sand = store->addSurface("Sand");
     sand->addLayer() = {"Color", color, ProjectData::LayerMode::Color};
     sand->addLayer() = {"Roughness", nullptr, ProjectData::LayerMode::Roughness};
@@ -95,6 +98,8 @@ TEST(ProjectSaveLoad, SaveLoadSaveGivesIdenticalFilesAndKeepsReferences)
     EXPECT_TRUE(sandXml.startsWith("<Surface Name=\"Sand\">\n    <ID>1</ID>\n    <Masked>false</Masked>\n"
                                    "    <MaskTextureID>-1</MaskTextureID>\n"));
     EXPECT_FALSE(sandXml.contains("<DirectionMap>")); // written only when set
+    EXPECT_FALSE(sandXml.contains("SourceSearch"));  // likewise
+    EXPECT_TRUE(readFile(first + "/Surfaces/Rock.vms").contains("<SourceSearch>Structured</SourceSearch>"));
 
     // Identical files show that every saved value and reference survived the load.
     LogCapture log;
@@ -114,6 +119,12 @@ TEST(ProjectSaveLoad, SaveLoadSaveGivesIdenticalFilesAndKeepsReferences)
     EXPECT_EQ(rock.layers[1].texture, loaded->textures[2].get());
     EXPECT_EQ(rock.maskTexture, loaded->textures[1].get());
     EXPECT_EQ(rock.scaleMap, loaded->scaleMaps[0].get());
+    const auto searchOf = [](const ProjectData::SurfaceData& surface) {
+        return static_cast<const ImageSynthesizer::PatchSynthesizerParams*>(surface.synthesizer()->params)
+            ->sourceSearch;
+    };
+    EXPECT_EQ(searchOf(rock), SourceSearch::Structured);
+    EXPECT_EQ(searchOf(*loaded->surfaces[1]), SourceSearch::Random);
     EXPECT_EQ(loaded->surfaces[1]->layers[1].texture, nullptr);
     auto* mix = dynamic_cast<ProjectData::MixedSurfaceData*>(loaded->surfaces[2].get());
     ASSERT_NE(mix, nullptr);
