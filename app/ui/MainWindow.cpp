@@ -6,6 +6,8 @@
 #include "DropImport.h"
 #include "LogDock.h"
 #include "LogMessage.h"
+#include "PaintToolBar.h"
+#include "PaintToolBox.h"
 #include "ProjectBrowserDock.h"
 #include "ProjectDocument.h"
 #include "ProjectEdits.h"
@@ -65,6 +67,10 @@ MainWindow::MainWindow()
     properties = new PropertiesDock(projectDocument, dialogs.get(), this);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, properties, &PropertiesDock::showRecord);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, central->previewArea(), &PreviewArea::showRecord);
+
+    // The tools paint the maps of the surface last chosen in the browser.
+    paintToolBox = new PaintToolBox(projectDocument, this);
+    connect(browser, &ProjectBrowserDock::currentRecordChanged, paintToolBox, &PaintToolBox::showRecord);
 
     createMenus();
     arrangeDocks();
@@ -205,6 +211,10 @@ void MainWindow::createMenus()
     tools->addAction(redoAction);
     view->addSeparator();
     view->addAction(tools->toggleViewAction());
+
+    auto* paintBar = new PaintToolBar(paintToolBox, this);
+    addToolBar(paintBar);
+    view->addAction(paintBar->toggleViewAction());
 }
 
 void MainWindow::updateUndoActions()

@@ -8,6 +8,7 @@
 
 class CentralArea;
 class LogDock;
+class PaintToolBox;
 class ProjectBrowserDock;
 class ProjectDocument;
 class ProjectFlows;
@@ -32,6 +33,7 @@ public:
     ProjectBrowserDock* browserDock() const { return browser; }
     PropertiesDock* propertiesDock() const { return properties; }
     CentralArea* centralArea() const { return central; }
+    PaintToolBox* paintTools() const { return paintToolBox; }
 
     // Tests replace the message boxes and file dialogs by their own.
     void setDialogs(Dialogs* dialogs);
@@ -62,6 +64,7 @@ private:
     ProjectBrowserDock* browser = nullptr;
     PropertiesDock* properties = nullptr;
     CentralArea* central = nullptr;
+    PaintToolBox* paintToolBox = nullptr;
     QAction* undoAction = nullptr;
     QAction* redoAction = nullptr;
 };

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "PaintContext.h"
+#include "PaintTool.h"
 #include "RecordRef.h"
 
 #include <QObject>
 
 class DirectionBrush;
 class FillTool;
-class PaintTool;
 class ProjectDocument;
 class SmoothBrush;
 class ValueBrush;
@@ -34,6 +34,7 @@ public:
     explicit PaintToolBox(ProjectDocument* document, QObject* parent = nullptr);
     ~PaintToolBox() override;
 
+    ProjectDocument* document() const { return context.document; }
     Tool activeTool() const { return active; }
     // The tool of `tool`; null for NoTool.
     PaintTool* tool(Tool tool) const;
