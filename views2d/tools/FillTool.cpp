@@ -58,6 +58,12 @@ void FillTool::press(QPointF uv)
     const float value = paintValue(settings, settings.targetMap);
 
     const Image before = map;
+    // Without the copy the fill could not be undone.
+    if (before.isEmpty()) {
+        logMessage(Error, QStringLiteral("Not enough memory to fill '%1'.")
+                              .arg(QString::fromStdString(target.owner.name())));
+        return;
+    }
     for (size_t p = 0; p < map.pixelCount(); ++p) {
         if (!area.empty() && !area[p])
             continue;

@@ -33,7 +33,8 @@ MapTarget PaintContext::target(PaintMap map) const
                                 .arg(QString::fromStdString(surface->name)));
     }
     if (result.image && result.image->isEmpty())
-        logMessage(Warning, QStringLiteral("'%1' has no pixels to paint.").arg(QString::fromStdString(result.owner.name())));
+        logMessage(Warning,
+                   QStringLiteral("'%1' has no pixels to paint.").arg(QString::fromStdString(result.owner.name())));
     return result;
 }
 

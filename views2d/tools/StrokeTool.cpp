@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace {
 
@@ -54,8 +55,18 @@ void StrokeTool::press(QPointF uv)
     target = context->target(paintMap());
     if (!target.isValid())
         return;
+    // Without the copy the stroke could not be undone.
     before = *target.image;
-    coverage.assign(target.image->pixelCount(), 0.0f);
+    try {
+        coverage.assign(target.image->pixelCount(), 0.0f);
+    } catch (const std::bad_alloc&) {
+        before = Image();
+    }
+    if (before.isEmpty()) {
+        logMessage(Error, QStringLiteral("Not enough memory to paint '%1'.")
+                              .arg(QString::fromStdString(target.owner.name())));
+        return;
+    }
     aspect = context->shownAspect();
     const BrushDab probe(*target.image, uv, context->settings.radius, aspect, context->settings.hardness);
     spacing = std::max(0.5, 0.25 * std::min(probe.radiusX, probe.radiusY));
