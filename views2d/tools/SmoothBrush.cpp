@@ -7,11 +7,10 @@
 
 namespace {
 
-// Box half-width of the blur: a quarter of the brush radius, kept small
-// enough that a big brush stays quick.
+// Box half-width of the blur: a quarter of the brush radius.
 int blurRadius(const BrushDab& dab)
 {
-    return std::clamp(int(std::lround(std::min(dab.radiusX, dab.radiusY) * 0.25)), 1, 16);
+    return std::clamp(int(std::lround(std::min(dab.radiusX, dab.radiusY) * 0.25)), 1, 256);
 }
 
 } // namespace
@@ -31,27 +30,48 @@ void SmoothBrush::paintDab(const BrushDab& dab, QPointF)
     const size_t bandWidth = size_t(across.count);
     const size_t bandHeight = size_t(down.count) + 2 * size_t(k);
 
-    // Every read happens here, before the first write.
-    rowSums.assign(bandHeight * bandWidth * values, 0.0f);
+    // Every read happens here, before the first write: the values of the
+    // band of pixels the boxes reach, then their sums along each row.
+    const size_t readWidth = bandWidth + 2 * size_t(k);
+    band.resize(bandHeight * readWidth * values);
     for (size_t r = 0; r < bandHeight; ++r) {
         const int32_t y = wrapCoordinate(int32_t(down.first - k + int64_t(r)), height, Repeat);
         const float* row = map.data + size_t(channels) * size_t(width) * size_t(y);
-        float* sums = rowSums.data() + r * bandWidth * values;
-        for (size_t i = 0; i < bandWidth; ++i) {
-            for (int dx = -k; dx <= k; ++dx) {
-                const int32_t x = wrapCoordinate(int32_t(across.first + int64_t(i) + dx), width, Repeat);
-                const float* pixel = row + size_t(channels) * size_t(x);
-                if (directions) {
-                    const Direction d = readDirection(pixel, channels);
-                    sums[i * values] += d.x;
-                    sums[i * values + 1] += d.y;
-                } else {
-                    for (size_t c = 0; c < values; ++c)
-                        sums[i * values + c] += std::isfinite(pixel[c]) ? pixel[c] : 0.0f;
-                }
+        float* out = band.data() + r * readWidth * values;
+        for (size_t i = 0; i < readWidth; ++i, out += values) {
+            const int32_t x = wrapCoordinate(int32_t(across.first - k + int64_t(i)), width, Repeat);
+            const float* pixel = row + size_t(channels) * size_t(x);
+            if (directions) {
+                const Direction d = readDirection(pixel, channels);
+                out[0] = d.x;
+                out[1] = d.y;
+            } else {
+                for (size_t c = 0; c < values; ++c)
+                    out[c] = std::isfinite(pixel[c]) ? pixel[c] : 0.0f;
             }
         }
     }
+    // Sliding sums: each step adds the value entering the box and drops the
+    // one leaving it.
+    rowSums.resize(bandHeight * bandWidth * values);
+    for (size_t r = 0; r < bandHeight; ++r) {
+        const float* in = band.data() + r * readWidth * values;
+        float* sums = rowSums.data() + r * bandWidth * values;
+        for (size_t c = 0; c < values; ++c) {
+            float sum = 0.0f;
+            for (size_t i = 0; i <= 2 * size_t(k); ++i)
+                sum += in[i * values + c];
+            sums[c] = sum;
+            for (size_t i = 1; i < bandWidth; ++i) {
+                sum += in[(i + 2 * size_t(k)) * values + c] - in[(i - 1) * values + c];
+                sums[i * values + c] = sum;
+            }
+        }
+    }
+    columnSums.assign(bandWidth * values, 0.0f);
+    for (size_t r = 0; r <= 2 * size_t(k); ++r)
+        for (size_t i = 0; i < bandWidth * values; ++i)
+            columnSums[i] += rowSums[r * bandWidth * values + i];
 
     const float strength = float(context->settings.strength);
     const float boxArea = float((2 * k + 1) * (2 * k + 1));
@@ -60,15 +80,12 @@ void SmoothBrush::paintDab(const BrushDab& dab, QPointF)
         const double dy = dab.offsetY(down.first + int64_t(j), down, map.height);
         const int32_t y = wrapCoordinate(int32_t(down.first + int64_t(j)), height, Repeat);
         for (size_t i = 0; i < bandWidth; ++i) {
-            const float w = float(dab.weight(dab.offsetX(across.first + int64_t(i), across, map.width), dy)) * strength;
+            const double weight = dab.weight(dab.offsetX(across.first + int64_t(i), across, map.width), dy);
+            const float w = float(weight) * strength;
             if (w <= 0.0f)
                 continue;
-            for (size_t c = 0; c < values; ++c) {
-                float sum = 0.0f;
-                for (int r = 0; r <= 2 * k; ++r)
-                    sum += rowSums[((j + size_t(r)) * bandWidth + i) * values + c];
-                average[c] = sum / boxArea;
-            }
+            for (size_t c = 0; c < values; ++c)
+                average[c] = columnSums[i * values + c] / boxArea;
             const int32_t x = wrapCoordinate(int32_t(across.first + int64_t(i)), width, Repeat);
             float* pixel = map.data + size_t(channels) * (size_t(x) + size_t(width) * size_t(y));
             if (directions) {
@@ -81,6 +98,13 @@ void SmoothBrush::paintDab(const BrushDab& dab, QPointF)
                     pixel[c] = from + (average[c] - from) * w;
                 }
             }
+        }
+        // Move the boxes one row down.
+        if (j + 1 < size_t(down.count)) {
+            const float* entering = rowSums.data() + (j + 2 * size_t(k) + 1) * bandWidth * values;
+            const float* leaving = rowSums.data() + j * bandWidth * values;
+            for (size_t i = 0; i < bandWidth * values; ++i)
+                columnSums[i] += entering[i] - leaving[i];
         }
     }
 }

@@ -21,7 +21,9 @@ protected:
     void paintDab(const BrushDab& dab, QPointF direction) override;
 
 private:
-    // Horizontal box sums of the rows the dab's vertical pass reads; kept
-    // between dabs so that a stroke allocates it once.
+    // Scratch of one dab, kept so that a stroke allocates it once: the values
+    // the boxes reach, their sums along rows, and the boxes' sums.
+    std::vector<float> band;
     std::vector<float> rowSums;
+    std::vector<float> columnSums;
 };
