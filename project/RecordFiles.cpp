@@ -4,6 +4,7 @@
 #include "ImageSynthesizer.h"
 #include "LogMessage.h"
 #include "SafeFileWriter.h"
+#include "SynthesisLimits.h"
 
 #include <QFile>
 
@@ -122,10 +123,8 @@ bool hasInt(const XMLElement* parent, const char* key)
 
 // Ranges of the values a record file may hold. A value outside its range is
 // taken for damage: a warning names the file, the key and the value as
-// written, and the record keeps its default. The synthesis settings check
-// (ImageSynthesizer::checkSettings) refuses what still does not fit: patches
-// larger than 4096 pixels across, target sides above its limit.
-//   PatchSize 1..4096, PatchBoundary 0..2048, MaxTries 1..1000000,
+// written, and the record keeps its default. The synthesizer's ranges stand
+// beside its settings check (SynthesisLimits.h); the others are:
 //   layer Mode 0..5 (color, normal, displacement, roughness, metalness,
 //   occlusion), MaskFilterMode 0..1 (nearest, linear).
 struct ValueRange
@@ -133,7 +132,9 @@ struct ValueRange
     const char* key;
     int64_t low, high;
 };
-const ValueRange synthesizerRanges[] = {{"PatchSize", 1, 4096}, {"PatchBoundary", 0, 2048}, {"MaxTries", 1, 1000000}};
+const ValueRange synthesizerRanges[] = {{"PatchSize", 1, maxRecordPatchSize},
+                                        {"PatchBoundary", 0, maxRecordPatchBoundary},
+                                        {"MaxTries", 1, maxRecordTries}};
 const ValueRange layerModeRange = {"Mode", 0, 5};
 const ValueRange maskFilterModeRange = {"MaskFilterMode", 0, 1};
 

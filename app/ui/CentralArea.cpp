@@ -1,28 +1,13 @@
 #include "CentralArea.h"
 
+#include "GeneratedViewPane.h"
+#include "InputViewPane.h"
 #include "PreviewArea.h"
-
-#include <QLabel>
-
-namespace {
-
-QLabel* placeholder(const QString& title)
-{
-    auto* label = new QLabel(title);
-    label->setObjectName(title);
-    label->setAlignment(Qt::AlignCenter);
-    label->setMinimumSize(160, 120);
-    label->setFrameShape(QFrame::StyledPanel);
-    label->setStyleSheet(QStringLiteral("QLabel { background: rgb(44, 46, 52); color: rgb(150, 150, 160); }"));
-    return label;
-}
-
-} // namespace
 
 CentralArea::CentralArea(ProjectDocument* document, QWidget* parent)
     : QSplitter(Qt::Vertical, parent)
-    , input(placeholder(tr("Input View")))
-    , generated(placeholder(tr("Generated View")))
+    , input(new InputViewPane(document))
+    , generated(new GeneratedViewPane(document))
     , preview(new PreviewArea(document))
 {
     auto* views2d = new QSplitter(Qt::Horizontal);
@@ -32,4 +17,31 @@ CentralArea::CentralArea(ProjectDocument* document, QWidget* parent)
     addWidget(preview);
     setStretchFactor(0, 3);
     setStretchFactor(1, 2);
+    // The first layout shares the height in the same proportion.
+    setSizes({3000, 2000});
+    connect(input, &InputViewPane::readoutChanged, this, &CentralArea::readoutChanged);
+    connect(generated, &GeneratedViewPane::readoutChanged, this, &CentralArea::readoutChanged);
+}
+
+Preview2D* CentralArea::inputView() const
+{
+    return input->view();
+}
+
+Preview2DExtended* CentralArea::generatedView() const
+{
+    return generated->view();
+}
+
+void CentralArea::showRecord(const RecordRef& record)
+{
+    input->showRecord(record);
+    generated->showRecord(record);
+    preview->showRecord(record);
+}
+
+void CentralArea::refreshViews()
+{
+    input->refresh();
+    generated->refresh();
 }

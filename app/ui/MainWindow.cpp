@@ -12,6 +12,7 @@
 #include "ProjectDocument.h"
 #include "ProjectEdits.h"
 #include "ProjectFlows.h"
+#include "Preview2DExtended.h"
 #include "PreviewArea.h"
 #include "PreviewSettings.h"
 #include "PropertiesDock.h"
@@ -24,6 +25,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QScreen>
+#include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
 #include <QUndoStack>
@@ -66,11 +68,21 @@ MainWindow::MainWindow()
     browser = new ProjectBrowserDock(projectDocument, dialogs.get(), this);
     properties = new PropertiesDock(projectDocument, dialogs.get(), this);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, properties, &PropertiesDock::showRecord);
-    connect(browser, &ProjectBrowserDock::currentRecordChanged, central->previewArea(), &PreviewArea::showRecord);
+    connect(browser, &ProjectBrowserDock::currentRecordChanged, central, &CentralArea::showRecord);
+    connect(central, &CentralArea::readoutChanged, this, [this](const QString& text) {
+        if (text.isEmpty())
+            statusBar()->clearMessage();
+        else
+            statusBar()->showMessage(text);
+    });
 
     // The tools paint the maps of the surface last chosen in the browser.
     paintToolBox = new PaintToolBox(projectDocument, this);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, paintToolBox, &PaintToolBox::showRecord);
+    Preview2DExtended* generatedView = central->generatedView();
+    connect(paintToolBox, &PaintToolBox::toolChanged, generatedView, &Preview2DExtended::setTool);
+    // The brush outline follows the radius.
+    connect(paintToolBox, &PaintToolBox::settingsChanged, generatedView, QOverload<>::of(&QWidget::update));
 
     createMenus();
     arrangeDocks();

@@ -1,5 +1,6 @@
 #include "BrushSettings.h"
 #include "ImageSynthesizer.h"
+#include "LayeredImage.h"
 #include "MessageHandler.h"
 #include "PaintTool.h"
 #include "PaintToolBox.h"
@@ -151,8 +152,14 @@ TEST_F(PaintToolsTest, DirectionFollowsTheStrokeAndNeedsAMove)
 // map rows as map columns; and a dab over the left edge wraps to the right.
 TEST_F(PaintToolsTest, BrushIsRoundOnTheShownImageAndWraps)
 {
+    // Before there is an output the view shows a square.
     surface->synthesizer()->params->targetWidth = 2048;
     surface->synthesizer()->params->targetHeight = 1024;
+    Velmor::ImageSynthesizer* synthesizer = surface->synthesizer();
+    synthesizer->target = new LayeredImage;
+    synthesizer->target->setLayer("color", new Image(64, 32, RGB));
+    synthesizer->ownsTarget = true;
+    synthesizer->targetReady = true;
     tools.setHardness(0.9);
     tools.setScaleValue(2.0);
     stroke(use(PaintToolBox::Scale), {{0.5, 0.5}});

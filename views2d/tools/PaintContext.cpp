@@ -40,17 +40,10 @@ MapTarget PaintContext::target(PaintMap map) const
 
 double PaintContext::shownAspect() const
 {
+    // The view shows a square until there is an output.
     const Velmor::ImageSynthesizer* synthesizer = surface ? surface->synthesizer() : nullptr;
-    if (!synthesizer || !synthesizer->params)
+    if (!synthesizer || !synthesizer->targetReady || !synthesizer->target || synthesizer->target->layerCount() == 0)
         return 1.0;
-    double width = synthesizer->params->targetWidth;
-    double height = synthesizer->params->targetHeight;
-    if (synthesizer->targetReady && synthesizer->target && synthesizer->target->layerCount() > 0) {
-        const Image* output = synthesizer->target->layers[0];
-        if (output && !output->isEmpty()) {
-            width = output->width;
-            height = output->height;
-        }
-    }
-    return width > 0.0 && height > 0.0 ? width / height : 1.0;
+    const Image* output = synthesizer->target->layers[0];
+    return output && !output->isEmpty() ? double(output->width) / double(output->height) : 1.0;
 }

@@ -25,7 +25,7 @@ struct PaintContext
     // why, when there is none.
     MapTarget target(PaintMap map) const;
     // Width / height of the image the generated view shows: the surface's
-    // output, else the size it will be synthesized at; 1 without a surface.
+    // output; 1 (the view's blank square) without one.
     double shownAspect() const;
 
     ProjectDocument* document;
