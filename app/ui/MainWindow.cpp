@@ -4,6 +4,8 @@
 #include "CentralArea.h"
 #include "DialogsSwitch.h"
 #include "DropImport.h"
+#include "GenerationController.h"
+#include "GenerationPanel.h"
 #include "LogDock.h"
 #include "LogMessage.h"
 #include "PaintToolBar.h"
@@ -14,6 +16,7 @@
 #include "ProjectFlows.h"
 #include "Preview2DExtended.h"
 #include "PreviewArea.h"
+#include "PreviewSelection.h"
 #include "PreviewSettings.h"
 #include "PropertiesDock.h"
 #include "WidgetDialogs.h"
@@ -57,6 +60,7 @@ MainWindow::MainWindow()
     , dialogs(std::make_unique<DialogsSwitch>(widgetDialogs.get()))
     , projectDocument(new ProjectDocument(this))
     , projectFlows(new ProjectFlows(projectDocument, dialogs.get(), this))
+    , generation(new GenerationController(projectDocument, this))
 {
     setObjectName(QStringLiteral("MainWindow"));
     setAcceptDrops(true);
@@ -66,7 +70,7 @@ MainWindow::MainWindow()
     central = new CentralArea(projectDocument, this);
     setCentralWidget(central);
     browser = new ProjectBrowserDock(projectDocument, dialogs.get(), this);
-    properties = new PropertiesDock(projectDocument, dialogs.get(), this);
+    properties = new PropertiesDock(projectDocument, dialogs.get(), generation, this);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, properties, &PropertiesDock::showRecord);
     connect(browser, &ProjectBrowserDock::currentRecordChanged, central, &CentralArea::showRecord);
     connect(central, &CentralArea::readoutChanged, this, [this](const QString& text) {
@@ -75,6 +79,11 @@ MainWindow::MainWindow()
         else
             statusBar()->showMessage(text);
     });
+    // The views and the 3D preview follow a run; a surface loaded from saved output is selected.
+    connect(generation, &GenerationController::needRedraw, central, &CentralArea::refreshViews);
+    connect(generation, &GenerationController::outputChanged, central->previewArea()->selection(),
+            &PreviewSelection::outputChanged);
+    connect(properties->generationPanel(), &GenerationPanel::surfaceCreated, browser, &ProjectBrowserDock::selectRecord);
 
     // The tools paint the maps of the surface last chosen in the browser.
     paintToolBox = new PaintToolBox(projectDocument, this);

@@ -15,6 +15,7 @@ class ProjectFlows;
 class PropertiesDock;
 class QAction;
 class DialogsSwitch;
+class GenerationController;
 class Dialogs;
 class WidgetDialogs;
 
@@ -34,6 +35,7 @@ public:
     PropertiesDock* propertiesDock() const { return properties; }
     CentralArea* centralArea() const { return central; }
     PaintToolBox* paintTools() const { return paintToolBox; }
+    GenerationController* generationController() const { return generation; }
 
     // Tests replace the message boxes and file dialogs by their own.
     void setDialogs(Dialogs* dialogs);
@@ -60,6 +62,7 @@ private:
     std::unique_ptr<DialogsSwitch> dialogs;
     ProjectDocument* projectDocument = nullptr;
     ProjectFlows* projectFlows = nullptr;
+    GenerationController* generation = nullptr;
     LogDock* log = nullptr;
     ProjectBrowserDock* browser = nullptr;
     PropertiesDock* properties = nullptr;

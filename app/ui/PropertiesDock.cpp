@@ -1,5 +1,6 @@
 #include "PropertiesDock.h"
 
+#include "GenerationPanel.h"
 #include "MapPanel.h"
 #include "MixedSurfacePanel.h"
 #include "ModelPanel.h"
@@ -13,13 +14,14 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
-PropertiesDock::PropertiesDock(ProjectDocument* document, Dialogs* dialogs, QWidget* parent)
+PropertiesDock::PropertiesDock(ProjectDocument* document, Dialogs* dialogs, GenerationController* controller,
+                               QWidget* parent)
     : QDockWidget(tr("Properties"), parent)
     , document(document)
     , panels(new QWidget)
     , emptyNote(new QLabel(tr("Select a record in the project browser to edit it.")))
     , surface(new SurfacePanel(document, dialogs))
-    , synthesizer(new SynthesizerPanel(document))
+    , generation(new GenerationPanel(document, dialogs, controller))
     , mixed(new MixedSurfacePanel(document))
     , texture(new TexturePanel(document, dialogs))
     , model(new ModelPanel(document))
@@ -31,7 +33,7 @@ PropertiesDock::PropertiesDock(ProjectDocument* document, Dialogs* dialogs, QWid
     layout->addWidget(emptyNote);
     surfaceBox = box(tr("Surface"), surface);
     mixedBox = box(tr("Mixed Surface"), mixed);
-    synthesizerBox = box(tr("Synthesizer Parameters"), synthesizer);
+    generationBox = box(tr("Generation"), generation);
     textureBox = box(tr("Texture"), texture);
     modelBox = box(tr("Model"), model);
     mapBox = box(tr("Map"), map);
@@ -54,8 +56,17 @@ PropertiesDock::PropertiesDock(ProjectDocument* document, Dialogs* dialogs, QWid
             showRecord(RecordRef());
     });
     connect(document, &ProjectDocument::projectAboutToBeReplaced, this, [this] { showRecord(RecordRef()); });
-    connect(document, &ProjectDocument::readOnlyChanged, panels, [this](bool readOnly) { panels->setEnabled(!readOnly); });
+    // The generation panel disables its own controls but keeps Cancel.
+    connect(document, &ProjectDocument::readOnlyChanged, panels, [this](bool readOnly) {
+        for (QGroupBox* editing : {surfaceBox, mixedBox, textureBox, modelBox, mapBox})
+            editing->setEnabled(!readOnly);
+    });
     showRecord(RecordRef());
+}
+
+SynthesizerPanel* PropertiesDock::synthesizerPanel() const
+{
+    return generation->synthesizerPanel();
 }
 
 QGroupBox* PropertiesDock::box(const QString& title, QWidget* panel)
@@ -75,7 +86,7 @@ void PropertiesDock::showRecord(const RecordRef& shown)
     auto* plainSurface = mixedRecord ? nullptr : record.surface();
     surface->setSurface(plainSurface);
     mixed->setSurface(mixedRecord);
-    synthesizer->setSurface(record.surface());
+    generation->setSurface(record.surface());
     texture->setTexture(record.texture());
     model->setModel(record.model());
     map->setMap(record.directionMap() || record.scaleMap() ? record : RecordRef());
@@ -83,7 +94,7 @@ void PropertiesDock::showRecord(const RecordRef& shown)
     emptyNote->setVisible(record.isNull());
     surfaceBox->setVisible(plainSurface);
     mixedBox->setVisible(mixedRecord);
-    synthesizerBox->setVisible(record.surface());
+    generationBox->setVisible(record.surface());
     textureBox->setVisible(record.texture());
     modelBox->setVisible(record.model());
     mapBox->setVisible(record.directionMap() || record.scaleMap());
@@ -97,7 +108,7 @@ void PropertiesDock::refresh()
     else if (record.surface())
         surface->refresh();
     if (record.surface())
-        synthesizer->refresh();
+        generation->refresh();
     if (record.texture())
         texture->refresh();
     if (record.model())

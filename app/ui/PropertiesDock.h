@@ -5,6 +5,8 @@
 #include <QDockWidget>
 
 class Dialogs;
+class GenerationController;
+class GenerationPanel;
 class MapPanel;
 class MixedSurfacePanel;
 class ModelPanel;
@@ -15,19 +17,22 @@ class SurfacePanel;
 class SynthesizerPanel;
 class TexturePanel;
 
-// The "Properties" dock: the panel of the selected record (a surface shows
-// its synthesizer parameters below its own panel). Panels redraw when the
-// document reports a change and are disabled while the project is read-only.
+// The "Properties" dock: the panel of the selected record (a surface or mixed
+// surface shows its generation panel below its own). Panels redraw when the
+// document reports a change and are disabled while the project is read-only,
+// except the generation panel, which keeps Cancel usable during a run.
 class PropertiesDock : public QDockWidget
 {
     Q_OBJECT
 public:
-    PropertiesDock(ProjectDocument* document, Dialogs* dialogs, QWidget* parent = nullptr);
+    PropertiesDock(ProjectDocument* document, Dialogs* dialogs, GenerationController* controller,
+                   QWidget* parent = nullptr);
 
     RecordRef shownRecord() const { return record; }
 
     SurfacePanel* surfacePanel() const { return surface; }
-    SynthesizerPanel* synthesizerPanel() const { return synthesizer; }
+    SynthesizerPanel* synthesizerPanel() const;
+    GenerationPanel* generationPanel() const { return generation; }
     MixedSurfacePanel* mixedSurfacePanel() const { return mixed; }
     TexturePanel* texturePanel() const { return texture; }
     ModelPanel* modelPanel() const { return model; }
@@ -46,10 +51,10 @@ private:
     QWidget* panels;
     QLabel* emptyNote;
     SurfacePanel* surface;
-    SynthesizerPanel* synthesizer;
+    GenerationPanel* generation;
     MixedSurfacePanel* mixed;
     TexturePanel* texture;
     ModelPanel* model;
     MapPanel* map;
-    QGroupBox *surfaceBox, *synthesizerBox, *mixedBox, *textureBox, *modelBox, *mapBox;
+    QGroupBox *surfaceBox, *generationBox, *mixedBox, *textureBox, *modelBox, *mapBox;
 };

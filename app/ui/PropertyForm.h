@@ -43,10 +43,11 @@ public:
     QDoubleSpinBox* addFloat(const QString& label, std::function<float*()> field, double minimum, double maximum,
                              int decimals, Problem problem = Problem());
 
-    // A choice among the records of one list, "(none)" first.
+    // A choice among the records of one list, "(none)" first; `beside` (a
+    // button, say) shares its row.
     template <class Record>
     QComboBox* addRecordChoice(const QString& label, std::function<Record**()> field,
-                               std::function<bool(const Record*)> allowed = nullptr);
+                               std::function<bool(const Record*)> allowed = nullptr, QWidget* beside = nullptr);
 
     void addRow(const QString& label, QWidget* widget) { layout->addRow(label, widget); }
     void addWidget(QWidget* widget) { layout->addRow(widget); }
@@ -90,7 +91,7 @@ QSpinBox* PropertyForm::addInt(const QString& label, std::function<T*()> field, 
 
 template <class Record>
 QComboBox* PropertyForm::addRecordChoice(const QString& label, std::function<Record**()> field,
-                                         std::function<bool(const Record*)> allowed)
+                                         std::function<bool(const Record*)> allowed, QWidget* beside)
 {
     auto* combo = new QComboBox;
     combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -113,6 +114,15 @@ QComboBox* PropertyForm::addRecordChoice(const QString& label, std::function<Rec
                 combo->addItem(QString::fromStdString(record->name), QVariant::fromValue<void*>(record.get()));
         combo->setCurrentIndex(target ? std::max(0, combo->findData(QVariant::fromValue<void*>(*target))) : 0);
     });
-    layout->addRow(label, combo);
+    if (!beside) {
+        layout->addRow(label, combo);
+        return combo;
+    }
+    auto* row = new QWidget;
+    auto* box = new QHBoxLayout(row);
+    box->setContentsMargins(0, 0, 0, 0);
+    box->addWidget(combo, 1);
+    box->addWidget(beside);
+    layout->addRow(label, row);
     return combo;
 }

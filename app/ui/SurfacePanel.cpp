@@ -28,12 +28,6 @@ SurfacePanel::SurfacePanel(ProjectDocument* document, Dialogs* dialogs, QWidget*
     form->addRecordChoice<ProjectData::TextureData>(tr("Mask texture"), field(&ProjectData::SurfaceData::maskTexture));
     form->addInt<int32_t>(tr("Mask channel"), field(&ProjectData::SurfaceData::maskChannel), 0, 3);
     form->addCheck(tr("Masked"), field(&ProjectData::SurfaceData::masked));
-    form->addRecordChoice<ProjectData::DirectionMapData>(tr("Direction map"),
-                                                         field(&ProjectData::SurfaceData::directionMap));
-    form->addCheck(tr("Use direction map"), field(&ProjectData::SurfaceData::useDirectionMap));
-    form->addRecordChoice<ProjectData::ScaleMapData>(tr("Scale map"), field(&ProjectData::SurfaceData::scaleMap));
-    form->addCheck(tr("Use scale map"), field(&ProjectData::SurfaceData::useScaleMap));
-    form->addCheck(tr("Make Input Seamless"), field(&ProjectData::SurfaceData::makeInputSeamless));
 }
 
 void SurfacePanel::setSurface(ProjectData::SurfaceData* shown)

@@ -9,8 +9,8 @@ class LayerList;
 class ProjectDocument;
 class PropertyForm;
 
-// Properties of a plain surface: name, layers, mask, direction and scale
-// maps and "Make Input Seamless".
+// Properties of a plain surface: name, layers and mask. What steers a run
+// (maps, seam repair, size, method) is on the GenerationPanel.
 class SurfacePanel : public QWidget
 {
     Q_OBJECT

@@ -47,16 +47,6 @@ SynthesizerPanel::SynthesizerPanel(ProjectDocument* document, QWidget* parent)
     };
     auto patch = [params]() { return dynamic_cast<PatchParams*>(params()); };
     auto cutout = [params]() { return dynamic_cast<CutoutParams*>(params()); };
-    auto sizeProblem = [params]() {
-        const Params* p = params();
-        return p ? ParameterCheck::targetSize(p->targetWidth, p->targetHeight) : QString();
-    };
-
-    form->addInt<uint32_t>(tr("Target width"), [params] { return params() ? &params()->targetWidth : nullptr; }, 0,
-                           anyInt, sizeProblem);
-    form->addInt<uint32_t>(tr("Target height"), [params] { return params() ? &params()->targetHeight : nullptr; }, 0,
-                           anyInt, sizeProblem);
-    form->addCheck(tr("Use all layers"), [params] { return params() ? &params()->useAllLayers : nullptr; });
     form->addInt<int32_t>(tr("Patch size"), [patch] { return patch() ? &patch()->patchSize : nullptr; }, -anyInt,
                           anyInt, [patch] {
                               return patch() ? ParameterCheck::patchSize(patch()->patchSize, patch()->patchBoundary)

@@ -9,7 +9,8 @@ class PropertyForm;
 class QComboBox;
 
 // The synthesizer parameters of a surface: the method (one of the surface's
-// two parameter sets) and the fields of the current set. Values the engine
+// two parameter sets) and the patch fields of the current set (the output
+// size and similarity mode are on the GenerationPanel). Values the engine
 // would refuse are kept as entered and flagged beside the field.
 class SynthesizerPanel : public QWidget
 {
