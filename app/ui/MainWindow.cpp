@@ -9,10 +9,13 @@
 #include "GenerationPanel.h"
 #include "LogDock.h"
 #include "LogMessage.h"
+#include "PaintToolBar.h"
+#include "PaintToolBox.h"
 #include "ProjectBrowserDock.h"
 #include "ProjectDocument.h"
 #include "ProjectEdits.h"
 #include "ProjectFlows.h"
+#include "Preview2DExtended.h"
 #include "PreviewArea.h"
 #include "PreviewSelection.h"
 #include "PreviewSettings.h"
@@ -83,6 +86,14 @@ MainWindow::MainWindow()
     connect(generation, &GenerationController::outputChanged, central->previewArea()->selection(),
             &PreviewSelection::outputChanged);
     connect(properties->generationPanel(), &GenerationPanel::surfaceCreated, browser, &ProjectBrowserDock::selectRecord);
+
+    // The tools paint the maps of the surface last chosen in the browser.
+    paintToolBox = new PaintToolBox(projectDocument, this);
+    connect(browser, &ProjectBrowserDock::currentRecordChanged, paintToolBox, &PaintToolBox::showRecord);
+    Preview2DExtended* generatedView = central->generatedView();
+    connect(paintToolBox, &PaintToolBox::toolChanged, generatedView, &Preview2DExtended::setTool);
+    // The brush outline follows the radius.
+    connect(paintToolBox, &PaintToolBox::settingsChanged, generatedView, QOverload<>::of(&QWidget::update));
 
     createMenus();
     arrangeDocks();
@@ -235,6 +246,10 @@ void MainWindow::createMenus()
     tools->addAction(redoAction);
     view->addSeparator();
     view->addAction(tools->toggleViewAction());
+
+    auto* paintBar = new PaintToolBar(paintToolBox, this);
+    addToolBar(paintBar);
+    view->addAction(paintBar->toggleViewAction());
 }
 
 void MainWindow::updateUndoActions()

@@ -8,6 +8,7 @@
 
 class CentralArea;
 class LogDock;
+class PaintToolBox;
 class ProjectBrowserDock;
 class ProjectDocument;
 class ProjectFlows;
@@ -33,6 +34,7 @@ public:
     ProjectBrowserDock* browserDock() const { return browser; }
     PropertiesDock* propertiesDock() const { return properties; }
     CentralArea* centralArea() const { return central; }
+    PaintToolBox* paintTools() const { return paintToolBox; }
     GenerationController* generationController() const { return generation; }
 
     // Tests replace the message boxes and file dialogs by their own.
@@ -65,6 +67,7 @@ private:
     ProjectBrowserDock* browser = nullptr;
     PropertiesDock* properties = nullptr;
     CentralArea* central = nullptr;
+    PaintToolBox* paintToolBox = nullptr;
     QAction* undoAction = nullptr;
     QAction* redoAction = nullptr;
 };
