@@ -60,6 +60,27 @@ SynthesizerPanel::SynthesizerPanel(ProjectDocument* document, QWidget* parent)
     form->addFloat(tr("Error threshold"), [patch] { return patch() ? &patch()->errorThreshold : nullptr; }, 0.0, 1000.0,
                    4);
     form->addInt<uint32_t>(tr("Max tries"), [patch] { return patch() ? &patch()->maxTries : nullptr; }, 0, anyInt);
+    // Random keeps the plain random tries; Structured continues the placed
+    // neighbours, so grids and courses line up across patch borders.
+    auto* search = new QComboBox;
+    search->setObjectName(QStringLiteral("SourceSearch"));
+    search->addItem(tr("Random tries"));
+    search->addItem(tr("Structured"));
+    search->setToolTip(tr("Structured: tries the positions that continue the neighbouring patches, searches the "
+                          "whole source and refines the best; keeps grids, bricks and planks in line."));
+    form->addRow(tr("Source search"), search);
+    connect(search, QOverload<int>::of(&QComboBox::activated), this, [this, patch, document](int row) {
+        if (PatchParams* p = patch())
+            ProjectEdits::setField(*document, RecordRef(surface), p->sourceSearch,
+                                   row == 1 ? Velmor::SourceSearch::Structured : Velmor::SourceSearch::Random,
+                                   tr("Set Source search"));
+    });
+    form->onRefresh([search, patch] {
+        const QSignalBlocker blocker(search);
+        PatchParams* p = patch();
+        search->setEnabled(p != nullptr);
+        search->setCurrentIndex(p && p->sourceSearch == Velmor::SourceSearch::Structured ? 1 : 0);
+    });
     form->addInt<int32_t>(tr("Feather (cutout)"), [cutout] { return cutout() ? &cutout()->feather : nullptr; }, 0,
                           anyInt);
 }

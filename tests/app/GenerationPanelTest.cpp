@@ -14,6 +14,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QUndoStack>
 
 namespace {
 
@@ -56,12 +57,14 @@ TEST_F(GenerationPanelTest, GenerateRunsToOneHundredAndThenSaves)
     EXPECT_FALSE(panel.clearOutputButton()->isEnabled());
     EXPECT_FALSE(panel.synthesizerPanel()->isEnabled());
     // Every field, choice and button but Cancel.
-    for (QWidget* control : panel.findChildren<QWidget*>())
+    for (QWidget* control : panel.findChildren<QWidget*>()) {
         if ((qobject_cast<QAbstractSpinBox*>(control) || qobject_cast<QComboBox*>(control)
              || qobject_cast<QAbstractButton*>(control))
-            && control != panel.cancelButton())
+            && control != panel.cancelButton()) {
             EXPECT_FALSE(control->isEnabled()) << control->metaObject()->className() << " "
                                                << control->property("text").toString().toStdString();
+        }
+    }
 
     ASSERT_TRUE(finished.wait(60000));
     EXPECT_EQ(panel.progressBar()->value(), 100);
@@ -103,6 +106,34 @@ TEST_F(GenerationPanelTest, CancelMidRun)
     EXPECT_TRUE(panel.generateButton()->isEnabled());
     EXPECT_LT(panel.progressBar()->value(), 100);
     EXPECT_GT(panel.progressBar()->value(), 0);
+}
+
+} // namespace
+
+namespace {
+
+// The source search is a field of the synthesizer like the others: one undo
+// step each way, and the choice follows the record.
+TEST_F(GenerationPanelTest, SourceSearchChoiceIsAnUndoableField)
+{
+    scene = std::make_unique<GenerationScene>(document, files.path(), 32);
+    panel.setSurface(scene->surface);
+    auto* choice = panel.findChild<QComboBox*>("SourceSearch");
+    ASSERT_NE(choice, nullptr);
+    auto* params = dynamic_cast<Velmor::ImageSynthesizer::PatchSynthesizerParams*>(
+        scene->surface->synthesizer()->params);
+    ASSERT_NE(params, nullptr);
+    EXPECT_EQ(choice->currentIndex(), 0);
+    QTest::keyClick(choice, Qt::Key_Down); // activates "Structured"
+    EXPECT_EQ(params->sourceSearch, Velmor::SourceSearch::Structured);
+    // The properties dock refreshes its panels on every record change.
+    document.undoStack()->undo();
+    panel.refresh();
+    EXPECT_EQ(params->sourceSearch, Velmor::SourceSearch::Random);
+    EXPECT_EQ(choice->currentIndex(), 0);
+    document.undoStack()->redo();
+    panel.refresh();
+    EXPECT_EQ(choice->currentIndex(), 1);
 }
 
 } // namespace
