@@ -42,14 +42,22 @@ GeneratedViewPane::GeneratedViewPane(ProjectDocument* document, QWidget* parent)
     scaleOverlay->setToolTip(tr("Circles of the surface's scale map"));
 
     const ViewBar bar = makeViewBar(this, preview, QStringLiteral("Generated"));
-    int column = 0;
-    bar.row->insertWidget(column++, chooser, 1);
+    bar.row->insertWidget(0, chooser, 1);
+    bar.row->insertWidget(1, sizeLabel);
+    // The overlay switches and the UV tools sit in rows of their own between
+    // the bar and the view, so that the pane stays narrow enough to leave the
+    // properties dock its width.
+    auto* overlays = new QHBoxLayout;
+    overlays->setContentsMargins(4, 0, 4, 0);
+    overlays->addWidget(new QLabel(tr("Show:")));
     for (QWidget* control : {static_cast<QWidget*>(maskOverlay), static_cast<QWidget*>(directionOverlay),
-                             static_cast<QWidget*>(scaleOverlay), static_cast<QWidget*>(sizeLabel)})
-        bar.row->insertWidget(column++, control);
-    // The UV tools sit in a strip of their own between the bar and the view.
-    if (auto* column = qobject_cast<QVBoxLayout*>(layout()))
-        column->insertWidget(1, uvBar);
+                             static_cast<QWidget*>(scaleOverlay)})
+        overlays->addWidget(control);
+    overlays->addStretch(1);
+    if (auto* column = qobject_cast<QVBoxLayout*>(layout())) {
+        column->insertLayout(1, overlays);
+        column->insertWidget(2, uvBar);
+    }
     connect(bar.zoomOneToOne, &QPushButton::clicked, preview, &Preview2D::zoomOneToOne);
     connect(bar.zoomToFit, &QPushButton::clicked, preview, &Preview2D::zoomToFit);
     connect(bar.normalise, &QCheckBox::toggled, preview, &Preview2D::setNormalise);

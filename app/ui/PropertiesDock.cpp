@@ -9,7 +9,12 @@
 #include "SynthesizerPanel.h"
 #include "TexturePanel.h"
 
+#include <QAbstractSpinBox>
+#include <QComboBox>
+#include <QCoreApplication>
 #include <QGroupBox>
+#include <QScrollBar>
+#include <QWheelEvent>
 #include <QLabel>
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -39,7 +44,7 @@ PropertiesDock::PropertiesDock(ProjectDocument* document, Dialogs* dialogs, Gene
     mapBox = box(tr("Map"), map);
     layout->addStretch(1);
 
-    auto* scroll = new QScrollArea;
+    scroll = new QScrollArea;
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     // Panels wrap and squeeze to the dock's width; only a dock narrower than
@@ -47,6 +52,12 @@ PropertiesDock::PropertiesDock(ProjectDocument* document, Dialogs* dialogs, Gene
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     scroll->setWidget(panels);
     setWidget(scroll);
+    for (QWidget* field : panels->findChildren<QWidget*>()) {
+        if (qobject_cast<QAbstractSpinBox*>(field) || qobject_cast<QComboBox*>(field)) {
+            field->setFocusPolicy(Qt::StrongFocus);
+            field->installEventFilter(this);
+        }
+    }
 
     connect(document, &ProjectDocument::recordChanged, this, [this] { refresh(); });
     connect(document, &ProjectDocument::recordInserted, this, [this] { refresh(); });
@@ -115,4 +126,16 @@ void PropertiesDock::refresh()
         model->refresh();
     if (record.directionMap() || record.scaleMap())
         map->refresh();
+}
+
+bool PropertiesDock::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Wheel) {
+        auto* field = qobject_cast<QWidget*>(watched);
+        if (field && !field->hasFocus()) {
+            QCoreApplication::sendEvent(scroll->verticalScrollBar(), event);
+            return true;
+        }
+    }
+    return QDockWidget::eventFilter(watched, event);
 }

@@ -13,6 +13,7 @@ class ModelPanel;
 class ProjectDocument;
 class QGroupBox;
 class QLabel;
+class QScrollArea;
 class SurfacePanel;
 class SynthesizerPanel;
 class TexturePanel;
@@ -41,6 +42,11 @@ public:
 public slots:
     void showRecord(const RecordRef& record);
 
+protected:
+    // A wheel over a field that has no focus scrolls the dock instead of
+    // changing the field's value behind the user's back.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void refresh();
     // Wraps a panel in a titled box; the box is shown only with its panel.
@@ -49,6 +55,7 @@ private:
     ProjectDocument* document;
     RecordRef record;
     QWidget* panels;
+    QScrollArea* scroll = nullptr;
     QLabel* emptyNote;
     SurfacePanel* surface;
     GenerationPanel* generation;

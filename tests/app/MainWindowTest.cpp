@@ -8,6 +8,7 @@
 #include "PropertiesDock.h"
 #include "ScriptedDialogs.h"
 #include "SurfacePanel.h"
+#include "SynthesizerPanel.h"
 #include "CentralArea.h"
 #include "Preview3D.h"
 #include "PreviewArea.h"
@@ -24,6 +25,8 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QSignalSpy>
+#include <QSpinBox>
+#include <QWheelEvent>
 #include <QTest>
 #include <QTreeView>
 #include <QUndoStack>
@@ -96,6 +99,18 @@ TEST(MainWindow, BuildSaveAndReloadAProjectThroughTheWidgets)
     layers->list()->setCurrentRow(1);
     QTest::keyClick(layers->modeChoice(), Qt::Key_Down);
     EXPECT_EQ(window->document()->store().surfaces[0]->layers[1].mode, Velmor::ProjectData::LayerMode::Displacement);
+
+    // A wheel over a field that has no focus leaves its value alone.
+    auto* patchSize = window->propertiesDock()->synthesizerPanel()->findChild<QSpinBox*>();
+    ASSERT_NE(patchSize, nullptr);
+    const int stepsBefore = window->document()->undoStack()->count();
+    const int sizeBefore = patchSize->value();
+    const QPoint centre = patchSize->rect().center();
+    QWheelEvent wheel(centre, patchSize->mapToGlobal(centre), QPoint(), QPoint(0, -120), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(patchSize, &wheel);
+    EXPECT_EQ(patchSize->value(), sizeBefore);
+    EXPECT_EQ(window->document()->undoStack()->count(), stepsBefore);
 
     // F2 renames in place.
     QTreeView* tree = window->browserDock()->view();
