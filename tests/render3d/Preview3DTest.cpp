@@ -1,3 +1,4 @@
+#include "../ErrorCapture.h"
 #include "MessageHandler.h"
 #include "Preview3D.h"
 
@@ -61,11 +62,6 @@ class Preview3DTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        connection = QObject::connect(MessageHandler::instance(), &MessageHandler::onMessage,
-                                      [this](const QString& text, int severity) {
-                                          if (severity == 2)
-                                              errors << text;
-                                      });
         colour = Image(4, 4, RGB);
         for (uint64_t i = 0; i < colour.pixelCount(); ++i) {
             colour.data[i * 3] = surfaceColour.x();
@@ -86,8 +82,6 @@ protected:
         preview.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&preview));
     }
-
-    void TearDown() override { QObject::disconnect(connection); }
 
     PreviewSettings planeSettings(int lightingMode) const
     {
@@ -130,8 +124,7 @@ protected:
 
     Preview3D preview;
     Image colour;
-    QStringList errors;
-    QMetaObject::Connection connection;
+    ErrorCapture errorLog;
 };
 
 int differingPixels(const QImage& a, const QImage& b)
@@ -152,14 +145,14 @@ TEST_F(Preview3DTest, EveryProgramCompilesAndLinks)
 {
     preview.grabFramebuffer();
     EXPECT_TRUE(preview.programsLinked());
-    EXPECT_TRUE(errors.isEmpty()) << errors.join("\n").toStdString();
+    EXPECT_TRUE(errorLog.empty()) << errorLog.text();
 }
 
 TEST_F(Preview3DTest, HeadlampOnAFacingPlaneMatchesTheFormula)
 {
     preview.setSettings(planeSettings(Headlamp));
     expectMatchesCpu(preview.grabFramebuffer(), true);
-    EXPECT_TRUE(errors.isEmpty()) << errors.join("\n").toStdString();
+    EXPECT_TRUE(errorLog.empty()) << errorLog.text();
 }
 
 TEST_F(Preview3DTest, EnvironmentOnlyShowsOnlyTheEnvironmentTerm)

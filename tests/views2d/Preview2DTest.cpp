@@ -1,4 +1,5 @@
 #include "Image.h"
+#include "../ErrorCapture.h"
 #include "MessageHandler.h"
 #include "Preview2DExtended.h"
 #include "tools/PaintTool.h"
@@ -59,19 +60,7 @@ public:
 class Preview2DTest : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        connection = QObject::connect(MessageHandler::instance(), &MessageHandler::onMessage,
-                                      [this](const QString& text, int severity) {
-                                          if (severity == 2)
-                                              errors << text;
-                                      });
-    }
-    void TearDown() override
-    {
-        QObject::disconnect(connection);
-        EXPECT_TRUE(errors.isEmpty()) << errors.join('\n').toStdString();
-    }
+    void TearDown() override { EXPECT_TRUE(errorLog.empty()) << errorLog.text(); }
 
     void showView(Preview2D& view, int width, int height)
     {
@@ -80,8 +69,7 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
     }
 
-    QStringList errors;
-    QMetaObject::Connection connection;
+    ErrorCapture errorLog;
 };
 
 const int grey = 94; // 0.37 of 255

@@ -5,6 +5,7 @@
 #include "UvEdits.h"
 #include "UvOverlay.h"
 #include "Mesh.h"
+#include "../ErrorCapture.h"
 #include "MessageHandler.h"
 #include "UvSpaceRenderer.h"
 
@@ -65,11 +66,6 @@ class UvSpaceRendererTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        connection = QObject::connect(MessageHandler::instance(), &MessageHandler::onMessage,
-                                      [this](const QString& text, int severity) {
-                                          if (severity == 2)
-                                              errors << text;
-                                      });
         surface.create();
         ASSERT_TRUE(context.create());
         ASSERT_TRUE(context.makeCurrent(&surface));
@@ -79,8 +75,7 @@ protected:
         renderer.releaseGL();
         meshes.clear();
         context.doneCurrent();
-        QObject::disconnect(connection);
-        EXPECT_TRUE(errors.isEmpty()) << errors.join("\n").toStdString();
+        EXPECT_TRUE(errorLog.empty()) << errorLog.text();
     }
     Mesh* mesh(const MeshData& data)
     {
@@ -92,8 +87,7 @@ protected:
     QOpenGLContext context;
     UvSpaceRenderer renderer;
     std::vector<std::unique_ptr<Mesh>> meshes;
-    QMetaObject::Connection connection;
-    QStringList errors;
+    ErrorCapture errorLog;
 };
 
 TEST_F(UvSpaceRendererTest, AutoDirectionFromNormalsAndFromWorldPosition)
