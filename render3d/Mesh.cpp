@@ -49,20 +49,24 @@ void Mesh::upload(const std::vector<MeshVertex>& vertices)
 
 void Mesh::draw()
 {
-    if (triangleCount == 0)
-        return;
     QOpenGLVertexArrayObject::Binder binder(&vertexArray);
-    vertexBuffer.bind();
+    drawBuffer(*this);
+}
+
+void Mesh::drawBuffer(QOpenGLFunctions& gl)
+{
+    if (triangleCount <= 0 || !vertexBuffer.isCreated() || !vertexBuffer.bind())
+        return;
     const int stride = int(sizeof(MeshVertex));
     const size_t offsets[5] = {offsetof(MeshVertex, vertex), offsetof(MeshVertex, normal),
                                offsetof(MeshVertex, texCoord), offsetof(MeshVertex, tangent),
                                offsetof(MeshVertex, binormal)};
     for (GLuint location = 0; location < 5; ++location) {
-        glEnableVertexAttribArray(location);
-        glVertexAttribPointer(location, 3, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<const void*>(offsets[location]));
+        gl.glEnableVertexAttribArray(location);
+        gl.glVertexAttribPointer(location, 3, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<const void*>(offsets[location]));
     }
-    glDrawArrays(GL_TRIANGLES, 0, 3 * triangleCount);
+    gl.glDrawArrays(GL_TRIANGLES, 0, 3 * triangleCount);
     for (GLuint location = 0; location < 5; ++location)
-        glDisableVertexAttribArray(location);
+        gl.glDisableVertexAttribArray(location);
     vertexBuffer.release();
 }

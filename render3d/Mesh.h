@@ -36,6 +36,10 @@ public:
 
     // The caller has bound the program and set its uniforms.
     void draw();
+    // draw() without the vertex array object, which belongs to the context
+    // that made the mesh: another context sharing the buffer draws it with
+    // its own functions.
+    void drawBuffer(QOpenGLFunctions& gl);
 
     QOpenGLBuffer vertexBuffer;
     int32_t triangleCount = 0;

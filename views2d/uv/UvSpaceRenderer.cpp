@@ -76,24 +76,6 @@ void ensureFramebuffer(std::unique_ptr<QOpenGLFramebufferObject>& framebuffer, i
 
 } // namespace
 
-void UvSpaceRenderer::drawMesh(Mesh& mesh)
-{
-    if (mesh.triangleCount <= 0 || !mesh.vertexBuffer.isCreated() || !mesh.vertexBuffer.bind())
-        return;
-    const int stride = int(sizeof(MeshVertex));
-    const size_t offsets[5] = {offsetof(MeshVertex, vertex), offsetof(MeshVertex, normal),
-                               offsetof(MeshVertex, texCoord), offsetof(MeshVertex, tangent),
-                               offsetof(MeshVertex, binormal)};
-    for (GLuint location = 0; location < 5; ++location) {
-        glEnableVertexAttribArray(location);
-        glVertexAttribPointer(location, 3, GL_FLOAT, GL_FALSE, stride, reinterpret_cast<const void*>(offsets[location]));
-    }
-    glDrawArrays(GL_TRIANGLES, 0, 3 * mesh.triangleCount);
-    for (GLuint location = 0; location < 5; ++location)
-        glDisableVertexAttribArray(location);
-    mesh.vertexBuffer.release();
-}
-
 // Resources of a static library are registered by hand, outside any namespace.
 static void initUvShaderResources()
 {
@@ -146,7 +128,7 @@ std::unique_ptr<unsigned char[]> UvSpaceRenderer::renderAndRead(QOpenGLFramebuff
     program.bind();
     setMvp(program, QMatrix4x4());
     setUniforms(program);
-    drawMesh(mesh);
+    mesh.drawBuffer(*this);
     program.release();
     std::unique_ptr<unsigned char[]> pixels(new unsigned char[size_t(w) * h * 4]);
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
@@ -244,7 +226,7 @@ int UvSpaceRenderer::pickIsland(Mesh* mesh, const QMatrix4x4& combined, QSize vi
     islandMaskProgram->bind();
     setMvp(*islandMaskProgram, combined);
     islandMaskProgram->setUniformValue("drawMask", 0);
-    drawMesh(*mesh);
+    mesh->drawBuffer(*this);
     islandMaskProgram->release();
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     glReadPixels(x, y, 1, 1, GL_RED, GL_FLOAT, &value);
@@ -266,7 +248,7 @@ void UvSpaceRenderer::drawUvLayout(Mesh* mesh, const QMatrix4x4& combined, bool 
     setMvp(*layoutProgram, combined);
     layoutProgram->setUniformValue("islandSelection", islandSelection ? 1 : 0);
     layoutProgram->setUniformValue("selIslandID", selectedIsland);
-    drawMesh(*mesh);
+    mesh->drawBuffer(*this);
     layoutProgram->release();
     if (polygonMode)
         polygonMode(GL_FRONT_AND_BACK, 0x1B02 /* GL_FILL */);

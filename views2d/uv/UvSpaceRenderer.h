@@ -58,10 +58,6 @@ public:
 
 private:
     bool ensureInitialized();
-    // Mesh::draw without the mesh's vertex array object: those belong to the
-    // context that made the mesh (the 3D preview's), while its buffer is
-    // shared with this one.
-    void drawMesh(Mesh& mesh);
     // Draws into `framebuffer` (w x h, cleared to 0) with `program` bound and
     // reads it back as RGBA bytes; the caller saves and restores its drawing
     // state around it. `setUniforms` runs with the program bound.
